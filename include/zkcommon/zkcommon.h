@@ -1,0 +1,15 @@
+// Umbrella header: the whole public interface of ZkCommon.
+#ifndef ZKCOMMON_ZKCOMMON_H
+#define ZKCOMMON_ZKCOMMON_H
+
+// core
+#include "zkcommon/core/error.h"
+#include "zkcommon/core/export.h"
+#include "zkcommon/core/fwd.h"
+#include "zkcommon/core/lock.h"
+#include "zkcommon/core/name.h"
+#include "zkcommon/core/object.h"
+#include "zkcommon/core/typeids.h"
+#include "zkcommon/core/unicode.h"
+
+#endif // ZKCOMMON_ZKCOMMON_H
