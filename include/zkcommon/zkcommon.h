@@ -12,4 +12,7 @@
 #include "zkcommon/core/typeids.h"
 #include "zkcommon/core/unicode.h"
 
+// text
+#include "zkcommon/text/util.h"
+
 #endif // ZKCOMMON_ZKCOMMON_H
