@@ -15,4 +15,7 @@
 // text
 #include "zkcommon/text/util.h"
 
+// dom
+#include "zkcommon/dom/namespacemanager.h"
+
 #endif // ZKCOMMON_ZKCOMMON_H
