@@ -4,9 +4,11 @@
 
 // core
 #include "zkcommon/core/error.h"
+#include "zkcommon/core/errorxml.h"
 #include "zkcommon/core/export.h"
 #include "zkcommon/core/fwd.h"
 #include "zkcommon/core/lock.h"
+#include "zkcommon/core/message.h"
 #include "zkcommon/core/name.h"
 #include "zkcommon/core/object.h"
 #include "zkcommon/core/typeids.h"
