@@ -6,7 +6,7 @@
 #include <atomic>
 #include <deque>
 #include <string>
-#include <unordered_map>
+#include <vector>
 
 namespace ZkCommonNS {
 
@@ -18,10 +18,6 @@ const char16_t* const kBuiltinLiterals[] = {
 };
 static_assert(sizeof kBuiltinLiterals / sizeof kBuiltinLiterals[0] == ZKN_BUILTIN_LAST + 1,
               "the generated table and the enumeration disagree");
-
-struct UnicodeStringHash {
-    size_t operator()(const UnicodeString& text) const { return size_t(text.hashCode()); }
-};
 
 /// The built-in names: strings that alias the literals, and an open-addressing hash table of
 /// their numbers. Both are read-only after construction and read without a lock.
@@ -39,9 +35,11 @@ public:
     }
 
     ZkNameEnum find(const UnicodeString& text) const {
-        if (text.isEmpty())
-            return ZKN_EMPTY;
-        for (uint32_t slot = uint32_t(text.hashCode()) & kMask;; slot = (slot + 1) & kMask) {
+        return text.isEmpty() ? ZKN_EMPTY : find(text, text.hashCode());
+    }
+
+    ZkNameEnum find(const UnicodeString& text, int32_t hash) const {
+        for (uint32_t slot = uint32_t(hash) & kMask;; slot = (slot + 1) & kMask) {
             int16_t index = m_slots[slot];
             if (index == 0)
                 return ZKN_EMPTY;
@@ -76,18 +74,56 @@ std::atomic<ZkNameTable*> s_sharedNameTable{nullptr};
 
 } // namespace
 
+/// Dynamic names: their strings in number order and an open-addressing index over them that
+/// keeps each string's hash, so a probe compares text only on a full hash match.
 struct ZkNameTable::Impl {
-    std::unordered_map<UnicodeString, ZkNameEnum, UnicodeStringHash> map;
+    struct Slot {
+        int32_t hash;
+        int32_t index; // into strings, plus one; 0 marks a free slot
+    };
+
     // A deque keeps references to its elements valid as it grows, so a string handed out by
     // reference survives later interning by other threads.
     std::deque<UnicodeString> strings;
+    std::vector<Slot> slots = std::vector<Slot>(16);
     std::atomic<int32_t> last{ZKN_BUILTIN_LAST};
+
+    ZkNameEnum find(const UnicodeString& text, int32_t hash) const {
+        const size_t mask = slots.size() - 1;
+        for (size_t slot = size_t(uint32_t(hash)) & mask;; slot = (slot + 1) & mask) {
+            const Slot& entry = slots[slot];
+            if (entry.index == 0)
+                return ZKN_EMPTY;
+            if (entry.hash == hash && strings[size_t(entry.index - 1)] == text)
+                return ZkNameEnum(kFirstDynamicName + entry.index - 1);
+        }
+    }
+
+    void place(int32_t hash, int32_t index) {
+        const size_t mask = slots.size() - 1;
+        size_t slot = size_t(uint32_t(hash)) & mask;
+        while (slots[slot].index != 0)
+            slot = (slot + 1) & mask;
+        slots[slot] = Slot{hash, index};
+    }
+
+    ZkNameEnum add(const UnicodeString& text, int32_t hash) {
+        if ((strings.size() + 1) * 2 > slots.size()) { // keep the load at most one half
+            std::vector<Slot> old(slots.size() * 2);
+            old.swap(slots);
+            for (const Slot& entry : old)
+                if (entry.index != 0)
+                    place(entry.hash, entry.index);
+        }
+        strings.push_back(text);
+        place(hash, int32_t(strings.size()));
+        int32_t number = last.load(std::memory_order_relaxed) + 1;
+        last.store(number, std::memory_order_release);
+        return ZkNameEnum(number);
+    }
 };
 
-ZkNameTable::ZkNameTable() : m_impl(new Impl) {
-    m_impl->map.max_load_factor(1.0f);
-    m_impl->map.reserve(8);
-}
+ZkNameTable::ZkNameTable() : m_impl(new Impl) {}
 
 ZkNameTable::~ZkNameTable() {
     ZkNameTable* self = this;
@@ -104,20 +140,16 @@ const UnicodeString& ZkNameTable::getBuiltinNameString(ZkNameEnum name) {
     return builtins().string(name);
 }
 
-ZkNameEnum ZkNameTable::internMutexed(const UnicodeString& text) {
-    int32_t next = m_impl->last.load(std::memory_order_relaxed) + 1;
-    auto inserted = m_impl->map.emplace(text, ZkNameEnum(next));
-    if (!inserted.second)
-        return inserted.first->second;
-    m_impl->strings.push_back(text);
-    m_impl->last.store(next, std::memory_order_release);
-    return ZkNameEnum(next);
+ZkNameEnum ZkNameTable::internMutexed(const UnicodeString& text, int32_t hash) {
+    ZkNameEnum found = m_impl->find(text, hash);
+    return found != ZKN_EMPTY ? found : m_impl->add(text, hash);
 }
 
 ZkNameEnum ZkNameTable::getSharedNameEnum(const UnicodeString& text) {
     if (text.isEmpty())
         return ZKN_EMPTY;
-    ZkNameEnum builtin = builtins().find(text);
+    const int32_t hash = text.hashCode(); // once, for both tables
+    ZkNameEnum builtin = builtins().find(text, hash);
     if (builtin != ZKN_EMPTY)
         return builtin;
     ZkMutex guard(sharedTableLock());
@@ -126,7 +158,7 @@ ZkNameEnum ZkNameTable::getSharedNameEnum(const UnicodeString& text) {
         table = new ZkNameTable;
         s_sharedNameTable.store(table);
     }
-    return table->internMutexed(text);
+    return table->internMutexed(text, hash);
 }
 
 const UnicodeString& ZkNameTable::getSharedNameString(ZkNameEnum name) {
@@ -177,11 +209,12 @@ void ZkNameTable::cleanup() {
 ZkNameEnum ZkNameTable::getNameEnum(const UnicodeString& text) {
     if (text.isEmpty())
         return ZKN_EMPTY;
-    ZkNameEnum builtin = builtins().find(text);
+    const int32_t hash = text.hashCode();
+    ZkNameEnum builtin = builtins().find(text, hash);
     if (builtin != ZKN_EMPTY)
         return builtin;
     ZkMutex guard(sharedTableLock());
-    return internMutexed(text);
+    return internMutexed(text, hash);
 }
 
 const UnicodeString& ZkNameTable::getNameString(ZkNameEnum name) const {
@@ -193,11 +226,11 @@ const UnicodeString& ZkNameTable::getNameString(ZkNameEnum name) const {
 }
 
 ZkNameEnum ZkNameTable::lookupName(const UnicodeString& text) const {
-    ZkNameEnum builtin = builtins().find(text);
-    if (builtin != ZKN_EMPTY || text.isEmpty())
-        return builtin;
-    auto found = m_impl->map.find(text);
-    return found == m_impl->map.end() ? ZKN_EMPTY : found->second;
+    if (text.isEmpty())
+        return ZKN_EMPTY;
+    const int32_t hash = text.hashCode();
+    ZkNameEnum builtin = builtins().find(text, hash);
+    return builtin != ZKN_EMPTY ? builtin : m_impl->find(text, hash);
 }
 
 ZkNameEnum ZkNameTable::getNameLast() const { return ZkNameEnum(m_impl->last.load()); }

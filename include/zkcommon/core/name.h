@@ -11,6 +11,8 @@
 
 namespace ZkCommonNS {
 
+class ZkValue;
+
 /// 0 is the empty name, 1 to ZKN_BUILTIN_LAST the built-in names, anything above a dynamic name
 /// numbered in order of first use in this process.
 enum ZkNameEnum : int32_t {
@@ -29,6 +31,9 @@ public:
     /// Interns `text` in the shared table.
     ZkName(const UnicodeString& text);
     ZkName(const char16_t* text) : ZkName(UnicodeString(text)) {}
+    /// A value of the name type gives its number directly; any other value is turned to a
+    /// string with toString and interned (Null gives the empty name).
+    ZkName(const ZkValue& value);
 
     bool operator==(ZkName other) const noexcept { return m_name == other.m_name; }
     bool operator!=(ZkName other) const noexcept { return m_name != other.m_name; }
@@ -97,7 +102,7 @@ public:
 
 private:
     struct Impl;
-    ZkNameEnum internMutexed(const UnicodeString& text);
+    ZkNameEnum internMutexed(const UnicodeString& text, int32_t hash);
     std::unique_ptr<Impl> m_impl;
 };
 
