@@ -21,7 +21,7 @@ std::string utf8(const UnicodeString& text) {
 
 // The data file the tables are generated from: one name a line, in number order.
 std::vector<std::string> readNameList() {
-    std::ifstream in(ZK_TEST_DATA_DIR "/../../data/names.txt");
+    std::ifstream in(ZK_SOURCE_DIR "/data/names.txt");
     std::vector<std::string> names;
     for (std::string line; std::getline(in, line);)
         names.push_back(line);
