@@ -156,7 +156,7 @@ public:
     static bool isNaN(double value) noexcept { return value != value; }
     static UnicodeString toString(int value);
     static UnicodeString toString(long long value);
-    /// "%g" in the C locale; "NaN", "Infinity" and "-Infinity" for the special values.
+    /// "%g" in the C locale (so NaN prints "nan" and infinity "inf").
     static UnicodeString toString(double value);
     /// Upper-case hex digits, zero-padded to `width` (no padding when 0 or below).
     static UnicodeString toHexString(int value, int width);
