@@ -189,6 +189,17 @@ public:
     // ---------------------------------------------------------------------------------------
     // Encoding names: src/text/encodingnames.cpp
 
+    /// The one spelling of an encoding name that the stream layer switches on ("shift_jis"
+    /// gives "WINDOWS31J"). The name is trimmed and upper-cased for the look-up; an empty name
+    /// and a name not in the alias table come back exactly as given.
+    static UnicodeString getCanonicalEncoding(const UnicodeString& name);
+    /// The name to write into a document: "UTF-8" for an empty name, the registered spelling
+    /// for the library's own aliases, else ICU's standard name or the upper-cased name when ICU
+    /// does not know it. Never fails.
+    static UnicodeString getStandardEncoding(const UnicodeString& name);
+    /// Whether file paths may exceed the old 260-character limit; always true on POSIX systems.
+    static bool isSystemLongPathEnabled() noexcept;
+
     // ---------------------------------------------------------------------------------------
 };
 
