@@ -1,0 +1,87 @@
+// ZkAttr, the attribute node, with its concrete kinds Attr and AttrNS.
+#ifndef ZKCOMMON_DOM_ATTR_H
+#define ZKCOMMON_DOM_ATTR_H
+
+#include "zkcommon/core/export.h"
+#include "zkcommon/core/name.h"
+#include "zkcommon/dom/node.h"
+#include "zkcommon/values/value.h"
+
+namespace ZkCommonNS {
+
+/// An attribute. It is not in the tree: parent and siblings read as null. Its raw parent field
+/// holds the owner element and its sibling fields form the attribute ring of the element's map.
+class ZKCOMMON_API ZkAttr : public ZkNode {
+    ZK_DECLARE_TYPE(ZkAttr, ZkNode, ZkTypeID::kAttr, "ZkAttr")
+
+public:
+    int getNodeType() const override;
+    /// Always null: an attribute has no parent in the tree.
+    ZkNode* getParentNode() const override;
+    ZkNode* getPreviousSibling() const override;
+    ZkNode* getNextSibling() const override;
+    /// The value as a string.
+    UnicodeString getText() const override;
+    /// Stores `text` as a string value.
+    void setText(const UnicodeString& text) override;
+    /// The owner element's base URI, or the owner document's.
+    UnicodeString getBaseUri() const override;
+
+    virtual ZkValue getValue() const = 0;
+    virtual void setValue(const ZkValue& value) = 0;
+    /// Null while the attribute belongs to no element.
+    virtual ZkElement* getOwnerElement() const;
+
+protected:
+    explicit ZkAttr(ZkDocument* ownerDocument) : ZkNode(ownerDocument) {}
+    ~ZkAttr() override;
+};
+
+/// An attribute without namespace. Name and value are one record: the value's name bits hold
+/// the local name, so setting a value never renames the attribute.
+class ZKCOMMON_API Attr : public ZkAttr {
+public:
+    /// The value starts as Null.
+    Attr(ZkDocument* ownerDocument, ZkName local);
+
+    ZkName getNodeName() const override;
+    ZkName getLocalName() const override;
+    ZkValue getNodeValue() const override;
+    void setNodeValue(const ZkValue& value) override;
+    /// A copy of the stored value without the name bits.
+    ZkValue getValue() const override;
+    /// Copies `value`; the attribute's local name replaces any name the value carried.
+    void setValue(const ZkValue& value) override;
+
+protected:
+    ~Attr() override;
+
+private:
+    ZkNamedValue m_value;
+};
+
+/// An attribute with a namespace URI and a prefix.
+class ZKCOMMON_API AttrNS : public Attr {
+    ZK_DECLARE_TYPE(AttrNS, ZkAttr, ZkTypeID::kAttrNS, "AttrNS")
+
+public:
+    AttrNS(ZkDocument* ownerDocument, ZkName uri, ZkName prefix, ZkName local);
+
+    /// With a prefix and no stored URI, the URI declared for the prefix; else the stored one.
+    ZkName getNamespaceUri() const override;
+    ZkName getPrefix() const override { return m_prefix; }
+    void setPrefix(ZkName prefix) override { m_prefix = prefix; }
+    /// "prefix:local", or the local name alone.
+    ZkName getNodeName() const override;
+
+protected:
+    ~AttrNS() override;
+
+private:
+    ZkName m_uri;
+    ZkName m_prefix;
+};
+
+} // namespace ZkCommonNS
+
+#endif // ZKCOMMON_DOM_ATTR_H

@@ -1,0 +1,118 @@
+// ZkDocument: the root node of a tree, the factory of its nodes and the pull-mode loader state.
+#ifndef ZKCOMMON_DOM_DOCUMENT_H
+#define ZKCOMMON_DOM_DOCUMENT_H
+
+#include "zkcommon/core/export.h"
+#include "zkcommon/core/lock.h"
+#include "zkcommon/core/name.h"
+#include "zkcommon/core/object.h"
+#include "zkcommon/dom/node.h"
+
+namespace ZkCommonNS {
+
+/// The document node. Its owner-document field points to itself, so that its children and its
+/// loading getters work as on any node; getOwnerDocument nevertheless answers null. It holds one
+/// reference on the shared name table for its whole life.
+///
+/// Loading is incremental: loadNextNode adds the next node and returns it, and in pull mode
+/// nothing else adds nodes, so that reading the tree through the loading getters pulls the
+/// loader along. A derived document may override loadNextNode to feed nodes from any source; it
+/// opens a node with the loading bit, ends it with setLoadDone, and answers null at the end.
+class ZKCOMMON_API ZkDocument : public ZkNode {
+    ZK_DECLARE_TYPE(ZkDocument, ZkNode, ZkTypeID::kDocument, "ZkDocument")
+
+public:
+    ZkDocument();
+
+    /// "#document".
+    ZkName getLocalName() const override;
+    int getNodeType() const override;
+    /// Always null: a document has no owner.
+    ZkDocument* getOwnerDocument() const override;
+    /// The base URI, or the document URI when no base URI is set.
+    UnicodeString getBaseUri() const override;
+
+    // --- factories: each returns a new detached node, null when memory fails ------------------
+
+    /// The first child that is an element; the search may load. Null when there is none.
+    virtual ZkElement* getDocumentElement() const;
+    /// An Element; prefix and local part are split from `qname` at its first colon.
+    virtual ZkPtr<ZkElement> createElement(ZkName qname);
+    /// An ElementNS. An empty local name is accepted as it is.
+    virtual ZkPtr<ZkElement> createElementNS(ZkName uri, ZkName prefix, ZkName local);
+    /// Splits `qname` and calls the three-name form.
+    virtual ZkPtr<ZkElement> createElementNS(ZkName uri, ZkName qname);
+    virtual ZkPtr<ZkTextNode> createTextNode(const UnicodeString& text);
+    virtual ZkPtr<ZkProcessingInstruction> createProcessingInstruction(ZkName target,
+                                                                       const UnicodeString& data);
+    virtual ZkPtr<ZkDocumentFragment> createDocumentFragment();
+    /// An Attr, or an AttrNS for a prefixed name whose prefix is "xml", "xlink", "xmlns" or
+    /// declared on the document element. Null for an undeclared prefix or an empty local part.
+    virtual ZkPtr<ZkAttr> createAttribute(ZkName qname);
+    /// An Attr when `uri` and `prefix` are both empty, otherwise an AttrNS; the value is Null.
+    virtual ZkPtr<ZkAttr> createAttributeNS(ZkName uri, ZkName prefix, ZkName local);
+    /// Splits `qname` and calls the three-name form.
+    virtual ZkPtr<ZkAttr> createAttributeNS(ZkName uri, ZkName qname);
+    /// The node that stands for `text` under `parent`; by default createTextNode(text).
+    virtual ZkPtr<ZkNode> createTextNodeElement(const UnicodeString& text, ZkNode* parent);
+
+    // --- loading ------------------------------------------------------------------------------
+
+    /// Adds the next node and returns it; null at the end, after abort, or when nothing is being
+    /// loaded. Runs under the document lock. Without a source of nodes the load simply ends.
+    virtual ZkNode* loadNextNode();
+    /// Ends the current load: every following loadNextNode returns null at once. Nodes that were
+    /// open keep their loading bit.
+    void abort();
+    bool getPullMode() const { return m_pullMode; }
+    /// In pull mode a load returns at once and the loading getters drive loadNextNode.
+    void setPullMode(bool pull) { m_pullMode = pull; }
+    bool hasXInclude() const { return m_xincludeSeen; }
+    /// The node most recently added or opened by the loader; null when idle.
+    ZkNode* getLastLoadingNode() const { return m_lastLoadingNode; }
+
+    // --- URIs ---------------------------------------------------------------------------------
+
+    /// The document URI, or the base URI when it is empty.
+    UnicodeString getDocumentUri() const;
+    bool isBaseUriSpecified() const { return !m_baseUri.isEmpty(); }
+    /// Stores `text` as a URI; an empty text clears the base URI.
+    void setBaseUri(const UnicodeString& text);
+
+    /// The shared name table on which the document holds a reference.
+    ZkNameTable* getNameTable() const { return m_nameTable; }
+
+protected:
+    /// Releases the name table first, then the tree goes down without recursion.
+    ~ZkDocument() override;
+
+    /// Starts a load into `target` (the document when null): the loader's position becomes the
+    /// target, which gets the loading bit and loses its children. Outside pull mode the load then
+    /// runs to its end. Returns the target.
+    ZkNode* beginLoad(ZkNode* target);
+    /// Moves the loader's position; a derived loader calls it for each node it opens or adds.
+    void setLastLoadingNode(ZkNode* node) { m_lastLoadingNode = node; }
+    void setDocumentUri(const UnicodeString& uri) { m_documentUri = uri; }
+    void setXIncludeSeen(bool seen) { m_xincludeSeen = seen; }
+    int getSkipDepth() const { return m_skipDepth; }
+    void setSkipDepth(int depth) { m_skipDepth = depth; }
+    /// The lock around loadNextNode and saving.
+    ZkLock& getLock() { return m_lock; }
+
+private:
+    friend class ZkElement;
+
+    ZkLock m_lock;
+    ZkNameTable* m_nameTable;
+    UnicodeString m_baseUri;
+    UnicodeString m_documentUri;
+    ZkNode* m_lastLoadingNode;
+    int m_skipDepth;
+    unsigned int m_nextElementId;
+    bool m_pullMode;
+    bool m_xincludeSeen;
+};
+
+} // namespace ZkCommonNS
+
+#endif // ZKCOMMON_DOM_DOCUMENT_H

@@ -1,0 +1,90 @@
+// ZkNamedNodeMap, the attribute map interface, and AttrNodeMap, its ring-and-two-maps store.
+#ifndef ZKCOMMON_DOM_NAMEDNODEMAP_H
+#define ZKCOMMON_DOM_NAMEDNODEMAP_H
+
+#include "zkcommon/core/export.h"
+#include "zkcommon/core/name.h"
+#include "zkcommon/core/object.h"
+#include "zkcommon/dom/nodelist.h"
+
+#include <map>
+#include <utility>
+#include <vector>
+
+namespace ZkCommonNS {
+
+/// The attributes of an element, found by qualified name or by namespace URI and local name.
+/// Iteration visits them in the order in which they were added.
+class ZKCOMMON_API ZkNamedNodeMap : public ZkNodeIterable {
+    ZK_DECLARE_TYPE(ZkNamedNodeMap, ZkNodeIterable, ZkTypeID::kNamedNodeMap, "ZkNamedNodeMap")
+
+public:
+    /// The number of attributes findable by qualified name.
+    virtual int getCount() const = 0;
+    /// Null for a negative index or one at or past the end.
+    virtual ZkNode* item(int index) const = 0;
+    /// Null when missing.
+    virtual ZkNode* getNamedItem(ZkName qname) const = 0;
+    /// Null when missing.
+    virtual ZkNode* getNamedItemNS(ZkName uri, ZkName local) const = 0;
+    /// Appends all attributes of that local name, any namespace, in order; null `out` is ignored.
+    virtual void getNamedItemLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* out) const = 0;
+    /// Null when there was nothing to remove.
+    virtual ZkPtr<ZkAttr> removeNamedItem(ZkName qname) = 0;
+    virtual ZkPtr<ZkAttr> removeNamedItemNS(ZkName uri, ZkName local) = 0;
+};
+
+/// The attribute store of an element: a ring in order of addition (the anchor is the last
+/// attribute, or the owner element while the map is empty), a map from (namespace URI, local
+/// name) and a map from qualified name, both ordered by name number so that a look-up never
+/// compares text. The map holds one reference on each attribute.
+class ZKCOMMON_API AttrNodeMap : public ZkNamedNodeMap {
+    ZK_DECLARE_TYPE(AttrNodeMap, ZkNamedNodeMap, ZkTypeID::kAttrNodeMap, "AttrNodeMap")
+
+public:
+    explicit AttrNodeMap(ZkElement* owner);
+    ~AttrNodeMap() override;
+    AttrNodeMap(const AttrNodeMap&) = delete;
+    AttrNodeMap& operator=(const AttrNodeMap&) = delete;
+
+    ZkNode* getFirstNode() const override;
+    ZkNode* getLastNode() const override;
+    ZkNode* getNextNode(ZkNode* node) const override;
+    ZkNode* getPreviousNode(ZkNode* node) const override;
+
+    int getCount() const override;
+    ZkNode* item(int index) const override;
+    ZkNode* getNamedItem(ZkName qname) const override;
+    ZkNode* getNamedItemNS(ZkName uri, ZkName local) const override;
+    void getNamedItemLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* out) const override;
+    ZkPtr<ZkAttr> removeNamedItem(ZkName qname) override;
+    ZkPtr<ZkAttr> removeNamedItemNS(ZkName uri, ZkName local) override;
+
+    /// Links `attr` at the end of the ring and offers it to both maps, where an existing key
+    /// stays as it was. The caller checked that no attribute of that identity exists. A null
+    /// `attr` or one that already has an owner element is ignored.
+    void addNode(ZkAttr* attr);
+    /// Re-enters `attr` under its qualified name after `prefix` replaced its prefix; its place
+    /// on the ring stays. Ignored for null or an attribute of another map.
+    void changePrefix(ZkAttr* attr, ZkName prefix);
+    /// Removes the attribute whose qualified name `attr` has; the map's reference goes to the
+    /// result. Null when there is no such name. `attr` itself must not be null.
+    ZkPtr<ZkAttr> removeNode(ZkAttr* attr);
+    bool isEmpty() const { return m_byName.empty() && m_byNamespace.empty(); }
+
+private:
+    using NamespaceKey = std::pair<ZkNameEnum, ZkNameEnum>;
+    using NamespaceMap = std::map<NamespaceKey, ZkAttr*>;
+    using NameMap = std::map<ZkNameEnum, ZkAttr*>;
+
+    bool ringEmpty() const;
+    ZkPtr<ZkAttr> unlink(ZkAttr* attr, NameMap::iterator byName, NamespaceMap::iterator byNs);
+
+    ZkNode* m_anchor;
+    NamespaceMap m_byNamespace;
+    NameMap m_byName;
+};
+
+} // namespace ZkCommonNS
+
+#endif // ZKCOMMON_DOM_NAMEDNODEMAP_H

@@ -1,0 +1,34 @@
+// ZkXmlUtil: static helpers for qualified names.
+#ifndef ZKCOMMON_XML_XMLUTIL_H
+#define ZKCOMMON_XML_XMLUTIL_H
+
+#include "zkcommon/core/export.h"
+#include "zkcommon/core/name.h"
+#include "zkcommon/core/unicode.h"
+
+namespace ZkCommonNS {
+
+/// Static helpers of the XML subsystem. None of them throws.
+class ZKCOMMON_API ZkXmlUtil {
+public:
+    ZkXmlUtil() = delete;
+
+    /// The interned qualified name: `local` itself when `prefix` is empty, else "prefix:local".
+    /// An empty `local` with a prefix gives "prefix:".
+    static ZkName makeQName(ZkName prefix, ZkName local);
+    /// `local` when `prefix` is empty, otherwise prefix, ":", local.
+    static UnicodeString makeQNameStr(const UnicodeString& prefix, const UnicodeString& local);
+    /// A text for messages by namespace: `local` for an empty namespace, "xml:" or "xmlns:" for
+    /// the two reserved ones ("xmlns" alone stays so), otherwise "{ns}:local".
+    static UnicodeString makeNSQNameStr(const UnicodeString& ns, const UnicodeString& local);
+    /// The text before the first ":" when that colon stands at position 1 or later; else empty.
+    static ZkName getPrefixFromQName(ZkName qname);
+    /// The text after the first ":" at position 1 or later; else the whole name.
+    static ZkName getLocalPartFromQName(ZkName qname);
+    /// The position of the colon that splits `qname`, or -1 (none, or a leading colon).
+    static int32_t findQNameColon(const UnicodeString& qname);
+};
+
+} // namespace ZkCommonNS
+
+#endif // ZKCOMMON_XML_XMLUTIL_H

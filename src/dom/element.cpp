@@ -1,0 +1,242 @@
+// ZkElement, Element and ElementNS: attribute operations, cloning, base URI and positions.
+#include "zkcommon/dom/element.h"
+
+#include "zkcommon/core/error.h"
+#include "zkcommon/dom/attr.h"
+#include "zkcommon/dom/document.h"
+#include "zkcommon/dom/namednodemap.h"
+#include "zkcommon/io/uri.h"
+#include "zkcommon/values/value.h"
+#include "zkcommon/xml/xmlutil.h"
+
+namespace ZkCommonNS {
+
+namespace {
+constexpr int kSiteRemoveAttributeNode = 20;
+
+ZkAttr* asAttr(ZkNode* node) {
+    return node && node->isA(ZkTypeID::kAttr) ? static_cast<ZkAttr*>(node) : nullptr;
+}
+
+// The local name under which `prefix` is declared: "xmlns" itself for the default namespace.
+ZkName xmlnsLocal(ZkName prefix) { return prefix.isEmpty() ? ZkName(ZKN_xmlns) : prefix; }
+// The prefix of that declaration: none for xmlns="...", "xmlns" for xmlns:p="...".
+ZkName xmlnsPrefix(ZkName prefix) { return prefix.isEmpty() ? ZkName() : ZkName(ZKN_xmlns); }
+} // namespace
+
+ZkCssDebugBlock::~ZkCssDebugBlock() = default;
+
+// --- ZkElement ----------------------------------------------------------------------------------
+
+ZkElement::ZkElement(ZkDocument* ownerDocument)
+    : ZkNode(ownerDocument), m_attributes(new AttrNodeMap(this)),
+      m_elementId(ownerDocument ? ownerDocument->m_nextElementId++ : 0), m_sourceLine(-1),
+      m_sourceColumn(-1) {}
+
+ZkElement::~ZkElement() = default;
+
+int ZkElement::getNodeType() const { return ELEMENT_NODE; }
+bool ZkElement::isElementNode() const { return true; }
+ZkNamedNodeMap* ZkElement::getAttributes() const { return m_attributes.get(); }
+bool ZkElement::hasAttributes() const { return m_attributes && m_attributes->getCount() > 0; }
+
+ZkValue ZkElement::getAttribute(ZkName qname) const {
+    ZkAttr* attr = asAttr(m_attributes->getNamedItem(qname));
+    return attr ? attr->getValue() : ZkValue();
+}
+
+ZkValue ZkElement::getAttributeNS(ZkName uri, ZkName local) const {
+    ZkAttr* attr = asAttr(m_attributes->getNamedItemNS(uri, local));
+    return attr ? attr->getValue() : ZkValue();
+}
+
+void ZkElement::setAttribute(ZkName qname, const ZkValue& value) {
+    ZkAttr* attr = asAttr(m_attributes->getNamedItem(qname));
+    ZkPtr<ZkAttr> created;
+    if (!attr) {
+        ZkDocument* document = getOwnerDocumentField();
+        if (!document)
+            return;
+        created = document->createAttribute(qname);
+        if (!created)
+            return; // an undeclared prefix: nothing is stored
+        static_cast<AttrNodeMap*>(m_attributes.get())->addNode(created);
+        attr = created;
+    }
+    attr->setValue(value);
+}
+
+void ZkElement::setAttributeNS(ZkName uri, ZkName prefix, ZkName local, const ZkValue& value) {
+    if (local.isEmpty())
+        return;
+    if (uri.isEmpty() && !prefix.isEmpty())
+        return; // a prefix without a namespace is dropped, not reported
+    AttrNodeMap* map = static_cast<AttrNodeMap*>(m_attributes.get());
+    ZkAttr* attr = asAttr(map->getNamedItemNS(uri, local));
+    ZkPtr<ZkAttr> created;
+    if (!attr) {
+        ZkDocument* document = getOwnerDocumentField();
+        if (!document)
+            return;
+        created = document->createAttributeNS(uri, prefix, local);
+        if (!created)
+            return;
+        map->addNode(created);
+        attr = created;
+    } else {
+        // Keeps its place in the order; only its qualified name changes.
+        map->changePrefix(attr, prefix);
+    }
+    attr->setValue(value);
+}
+
+void ZkElement::setAttributeNS(ZkName uri, ZkName qname, const ZkValue& value) {
+    setAttributeNS(uri, ZkXmlUtil::getPrefixFromQName(qname),
+                   ZkXmlUtil::getLocalPartFromQName(qname), value);
+}
+
+void ZkElement::removeAttribute(ZkName qname) { m_attributes->removeNamedItem(qname); }
+
+void ZkElement::removeAttributeNS(ZkName uri, ZkName local) {
+    m_attributes->removeNamedItemNS(uri, local);
+}
+
+ZkAttr* ZkElement::getAttributeNode(ZkName qname) const {
+    return asAttr(m_attributes->getNamedItem(qname));
+}
+
+ZkAttr* ZkElement::getAttributeNodeNS(ZkName uri, ZkName local) const {
+    return asAttr(m_attributes->getNamedItemNS(uri, local));
+}
+
+void ZkElement::getAttributeNodeLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* out) const {
+    if (out)
+        m_attributes->getNamedItemLocal(local, out);
+}
+
+ZkPtr<ZkAttr> ZkElement::removeAttributeNode(ZkAttr* attr) {
+    if (!attr)
+        throwCommonError(ZK_ERROR_NULL_ARGUMENT, kSiteRemoveAttributeNode, UnicodeString(u"oldAttr"));
+    return static_cast<AttrNodeMap*>(m_attributes.get())->removeNode(attr);
+}
+
+bool ZkElement::hasAttribute(ZkName qname) const {
+    return asAttr(m_attributes->getNamedItem(qname)) != nullptr;
+}
+
+bool ZkElement::hasAttributeNS(ZkName uri, ZkName local) const {
+    return asAttr(m_attributes->getNamedItemNS(uri, local)) != nullptr;
+}
+
+bool ZkElement::hasAttributeLocal(ZkName local) const {
+    for (ZkNode* node = m_attributes->getFirstNode(); node;
+         node = m_attributes->getNextNode(node)) {
+        if (node->getLocalName() == local)
+            return true;
+    }
+    return false;
+}
+
+void ZkElement::setAttributeEx(ZkName uri, ZkName prefix, ZkName local,
+                               const UnicodeString& text) {
+    setAttributeNS(uri, prefix, local, ZkValue(text));
+}
+
+void ZkElement::getAttributeLocal(ZkName local, std::vector<ZkValue>* out) const {
+    if (!out)
+        return;
+    for (ZkNode* node = m_attributes->getFirstNode(); node;
+         node = m_attributes->getNextNode(node)) {
+        if (node->getLocalName() == local) {
+            if (ZkAttr* attr = asAttr(node))
+                out->push_back(attr->getValue());
+        }
+    }
+}
+
+ZkName ZkElement::getAttributeXMLNS(ZkName prefix) const {
+    ZkAttr* attr = asAttr(m_attributes->getNamedItemNS(ZKN_NS_XMLNS, xmlnsLocal(prefix)));
+    return attr ? attr->getValue().toZkName() : ZkName();
+}
+
+void ZkElement::setAttributeXMLNS(ZkName uri, ZkName prefix) {
+    setAttributeNS(ZKN_NS_XMLNS, xmlnsPrefix(prefix), xmlnsLocal(prefix), ZkValue(uri));
+}
+
+void ZkElement::removeAttributeXMLNS(ZkName prefix) {
+    removeAttributeNS(ZKN_NS_XMLNS, xmlnsLocal(prefix));
+}
+
+const ZkCssDeclarationDebugInfo* ZkElement::getCssDeclaration(int index) const {
+    if (!m_cssDebug || index < 0 || index >= m_cssDebug->getDeclarationCount())
+        return nullptr;
+    return m_cssDebug->getDeclaration(index);
+}
+
+const ZkCssDeclarationDebugInfo* ZkElement::getCssVariable(int index) const {
+    if (!m_cssDebug || index < 0 || index >= m_cssDebug->getVariableCount())
+        return nullptr;
+    return m_cssDebug->getVariable(index);
+}
+
+void ZkElement::setCssDebugBlock(std::unique_ptr<ZkCssDebugBlock> block) {
+    m_cssDebug = std::move(block);
+}
+
+ZkPtr<ZkNode> ZkElement::cloneNode(bool deep) const {
+    ZkDocument* document = getOwnerDocumentField();
+    if (!document)
+        return ZkPtr<ZkNode>();
+    ZkPtr<ZkElement> clone = document->createElementNS(getNamespaceUri(), getPrefix(), getLocalName());
+    if (!clone)
+        return ZkPtr<ZkNode>();
+    for (ZkNode* node = m_attributes->getFirstNode(); node;
+         node = m_attributes->getNextNode(node)) {
+        if (ZkAttr* attr = asAttr(node))
+            clone->setAttributeNS(attr->getNamespaceUri(), attr->getPrefix(), attr->getLocalName(),
+                                  attr->getValue());
+    }
+    cloneMembers(clone);
+    if (deep) {
+        for (ZkNode* child = getFirstChild(); child; child = child->getNextSibling()) {
+            ZkPtr<ZkNode> copy = child->cloneNode(true);
+            if (copy)
+                clone->appendChild(copy);
+        }
+    }
+    return ZkPtr<ZkNode>(clone.get());
+}
+
+UnicodeString ZkElement::getBaseUri() const {
+    ZkAttr* attr = asAttr(m_attributes->getNamedItemNS(ZKN_NS_XML, ZKN_base));
+    const UnicodeString base = attr ? attr->getValue().toString() : UnicodeString();
+    if (base.isEmpty())
+        return ZkNode::getBaseUri();
+    ZkNode* parent = getParentNode();
+    if (!parent || ZkUri(base).isAbsolute())
+        return base;
+    return ZkUri(ZkUri(parent->getBaseUri()), base).toString();
+}
+
+int ZkElement::getSourceLineNumber() const {
+    return m_sourceLine != -1 ? m_sourceLine : ZkNode::getSourceLineNumber();
+}
+void ZkElement::setSourceLineNumber(int line) { m_sourceLine = line; }
+int ZkElement::getSourceColumnNumber() const {
+    return m_sourceColumn != -1 ? m_sourceColumn : ZkNode::getSourceColumnNumber();
+}
+void ZkElement::setSourceColumnNumber(int column) { m_sourceColumn = column; }
+
+// --- Element and ElementNS ----------------------------------------------------------------------
+
+Element::Element(ZkDocument* ownerDocument, ZkName prefix, ZkName local)
+    : ZkElement(ownerDocument), m_prefix(prefix), m_local(local) {}
+Element::~Element() = default;
+
+ZkName Element::getNamespaceUri() const { return lookupNamespaceUri(m_prefix); }
+
+ElementNS::ElementNS(ZkDocument* ownerDocument, ZkName uri, ZkName prefix, ZkName local)
+    : Element(ownerDocument, prefix, local), m_uri(uri) {}
+ElementNS::~ElementNS() = default;
+
+} // namespace ZkCommonNS

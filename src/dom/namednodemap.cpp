@@ -1,0 +1,190 @@
+// AttrNodeMap: the attribute ring of an element and its two ordered maps.
+#include "zkcommon/dom/namednodemap.h"
+
+#include "zkcommon/dom/attr.h"
+#include "zkcommon/dom/element.h"
+
+namespace ZkCommonNS {
+
+AttrNodeMap::AttrNodeMap(ZkElement* owner) : m_anchor(owner) {}
+
+AttrNodeMap::~AttrNodeMap() {
+    if (ringEmpty())
+        return;
+    ZkNode* last = m_anchor;
+    ZkNode* node = last->m_next;
+    m_anchor = last->m_parent;
+    for (;;) {
+        ZkNode* next = node->m_next;
+        const bool wasLast = node == last;
+        node->m_parent = nullptr;
+        node->m_next = nullptr;
+        node->m_previous = nullptr;
+        node->release();
+        if (wasLast)
+            break;
+        node = next;
+    }
+}
+
+bool AttrNodeMap::ringEmpty() const {
+    // Every attribute on the ring is in at least one of the maps: the one its creator missed.
+    return m_byName.empty() && m_byNamespace.empty();
+}
+
+// --- iteration along the ring -------------------------------------------------------------------
+
+ZkNode* AttrNodeMap::getFirstNode() const { return ringEmpty() ? nullptr : m_anchor->m_next; }
+ZkNode* AttrNodeMap::getLastNode() const { return ringEmpty() ? nullptr : m_anchor; }
+
+ZkNode* AttrNodeMap::getNextNode(ZkNode* node) const {
+    if (!node || node == m_anchor)
+        return nullptr;
+    return node->m_next;
+}
+
+ZkNode* AttrNodeMap::getPreviousNode(ZkNode* node) const {
+    return node ? node->m_previous : nullptr;
+}
+
+int AttrNodeMap::getCount() const { return static_cast<int>(m_byName.size()); }
+
+ZkNode* AttrNodeMap::item(int index) const {
+    if (index < 0)
+        return nullptr;
+    for (ZkNode* node = getFirstNode(); node; node = getNextNode(node)) {
+        if (index-- == 0)
+            return node;
+    }
+    return nullptr;
+}
+
+// --- look-ups -----------------------------------------------------------------------------------
+
+ZkNode* AttrNodeMap::getNamedItem(ZkName qname) const {
+    auto found = m_byName.find(qname.getEnum());
+    return found == m_byName.end() ? nullptr : found->second;
+}
+
+ZkNode* AttrNodeMap::getNamedItemNS(ZkName uri, ZkName local) const {
+    auto found = m_byNamespace.find(NamespaceKey(uri.getEnum(), local.getEnum()));
+    return found == m_byNamespace.end() ? nullptr : found->second;
+}
+
+void AttrNodeMap::getNamedItemLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* out) const {
+    if (!out)
+        return;
+    for (ZkNode* node = getFirstNode(); node; node = getNextNode(node)) {
+        if (node->getLocalName() == local)
+            out->emplace_back(static_cast<ZkAttr*>(node));
+    }
+}
+
+// --- changes ------------------------------------------------------------------------------------
+
+void AttrNodeMap::addNode(ZkAttr* attr) {
+    if (!attr || attr->m_parent)
+        return;
+    attr->addRef();
+    ZkNode* owner = ringEmpty() ? m_anchor : static_cast<ZkAttr*>(m_anchor)->getOwnerElement();
+    attr->m_parent = owner;
+    if (ringEmpty()) {
+        attr->m_next = attr;
+        attr->m_previous = nullptr;
+    } else {
+        attr->m_previous = m_anchor;
+        attr->m_next = m_anchor->m_next;
+        m_anchor->m_next = attr;
+    }
+    m_anchor = attr;
+    // An existing key stays: a second attribute of the same identity is kept on the ring only.
+    m_byNamespace.emplace(
+        NamespaceKey(attr->getNamespaceUri().getEnum(), attr->getLocalName().getEnum()), attr);
+    m_byName.emplace(attr->getNodeName().getEnum(), attr);
+}
+
+void AttrNodeMap::changePrefix(ZkAttr* attr, ZkName prefix) {
+    if (!attr || attr->m_parent == nullptr || attr->getOwnerElement()->getAttributes() != this)
+        return;
+    auto old = m_byName.find(attr->getNodeName().getEnum());
+    if (old != m_byName.end() && old->second == attr)
+        m_byName.erase(old);
+    attr->setPrefix(prefix);
+    m_byName.emplace(attr->getNodeName().getEnum(), attr);
+}
+
+ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, NameMap::iterator byName,
+                                  NamespaceMap::iterator byNs) {
+    ZkNode* previous = attr->m_previous;
+    ZkNode* next = attr->m_next;
+    if (previous)
+        previous->m_next = next;
+    if (attr != m_anchor) {
+        next->m_previous = previous;
+        if (!previous)
+            m_anchor->m_next = next; // the first attribute changed
+    } else {
+        // With no previous the ring is empty and the anchor returns to the element.
+        m_anchor = previous ? previous : attr->m_parent;
+    }
+    // Only entries that point at this attribute go: a same-named one may own the key.
+    if (byNs != m_byNamespace.end() && byNs->second == attr) {
+        m_byNamespace.erase(byNs);
+    } else {
+        // The key was derived again and may have moved: the URI of a prefixed attribute without
+        // a stored URI follows the declarations. Search by pointer so no entry is left dangling.
+        for (auto entry = m_byNamespace.begin(); entry != m_byNamespace.end(); ++entry) {
+            if (entry->second == attr) {
+                m_byNamespace.erase(entry);
+                break;
+            }
+        }
+    }
+    if (byName != m_byName.end() && byName->second == attr)
+        m_byName.erase(byName);
+    attr->m_next = nullptr;
+    attr->m_previous = nullptr;
+    attr->m_parent = nullptr;
+
+    ZkPtr<ZkAttr> result(attr);
+    attr->removeRef(); // the map's reference passes to the result
+    return result;
+}
+
+ZkPtr<ZkAttr> AttrNodeMap::removeNamedItem(ZkName qname) {
+    auto byName = m_byName.find(qname.getEnum());
+    if (byName == m_byName.end())
+        return ZkPtr<ZkAttr>();
+    ZkAttr* attr = byName->second;
+    auto byNs = m_byNamespace.find(
+        NamespaceKey(attr->getNamespaceUri().getEnum(), attr->getLocalName().getEnum()));
+    return unlink(attr, byName, byNs);
+}
+
+ZkPtr<ZkAttr> AttrNodeMap::removeNamedItemNS(ZkName uri, ZkName local) {
+    auto byNs = m_byNamespace.find(NamespaceKey(uri.getEnum(), local.getEnum()));
+    if (byNs == m_byNamespace.end())
+        return ZkPtr<ZkAttr>();
+    ZkAttr* attr = byNs->second;
+    auto byName = m_byName.find(attr->getNodeName().getEnum());
+    return unlink(attr, byName, byNs);
+}
+
+ZkPtr<ZkAttr> AttrNodeMap::removeNode(ZkAttr* attr) {
+    if (ringEmpty())
+        return ZkPtr<ZkAttr>();
+    auto byName = m_byName.find(attr->getNodeName().getEnum());
+    if (byName == m_byName.end())
+        return ZkPtr<ZkAttr>();
+    // The look-up is by qualified name, so the attribute removed is the one the map holds under
+    // that name, which need not be `attr` itself; its own entries are the ones to erase.
+    ZkAttr* held = byName->second;
+    auto byNs = m_byNamespace.find(
+        NamespaceKey(held->getNamespaceUri().getEnum(), held->getLocalName().getEnum()));
+    ZkPtr<ZkAttr> removed = unlink(held, byName, byNs);
+    if (held == attr)
+        return removed;
+    return ZkPtr<ZkAttr>(attr);
+}
+
+} // namespace ZkCommonNS

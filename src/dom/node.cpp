@@ -1,0 +1,375 @@
+// ZkNode: the child ring, the loading getters, child changes and destruction without recursion.
+#include "zkcommon/dom/node.h"
+
+#include "zkcommon/core/error.h"
+#include "zkcommon/dom/document.h"
+#include "zkcommon/dom/nodelist.h"
+#include "zkcommon/values/value.h"
+#include "zkcommon/xml/xmlutil.h"
+
+#include <new>
+
+namespace ZkCommonNS {
+
+namespace {
+// Sites passed to throwCommonError; they name the raising operation only.
+constexpr int kSiteAppendChild = 1;
+constexpr int kSiteInsertBefore = 2;
+constexpr int kSiteRemoveChild = 3;
+constexpr int kSiteReplaceChild = 4;
+constexpr int kSiteSetNodeValue = 5;
+
+const UnicodeString& newChildArg() {
+    static const UnicodeString s_text(u"newChild");
+    return s_text;
+}
+const UnicodeString& oldChildArg() {
+    static const UnicodeString s_text(u"oldChild");
+    return s_text;
+}
+} // namespace
+
+ZkNode::ZkNode(ZkDocument* ownerDocument)
+    : m_flags(0), m_parent(nullptr), m_next(nullptr), m_previous(nullptr), m_lastChild(nullptr),
+      m_ownerDocument(ownerDocument) {}
+
+ZkNode::~ZkNode() {
+    // Children's destructors must not call each other down the tree: a million-deep chain would
+    // exhaust the stack. The walk visits each node before and after its children; at the post
+    // visit the children have already lost their own children, so releasing them is shallow.
+    ZkTreeIterator walk(this, nullptr, false, ZkTreeIterator::PRE_AND_POST_ORDER);
+    while (ZkNode* node = walk.nextNode()) {
+        if (walk.atPreVisit()) {
+            // A cleared loading bit keeps the walk's getters away from the loader.
+            node->m_flags &= ~kLoading;
+            if (node != this && node->getRefCount() > 1)
+                walk.setAtPostVisit(true); // held elsewhere: the subtree survives whole
+            continue;
+        }
+        ZkNode* child = node->m_lastChild;
+        node->m_lastChild = nullptr;
+        while (child) {
+            ZkNode* previous = child->m_previous;
+            child->m_parent = nullptr;
+            child->m_next = nullptr;
+            child->m_previous = nullptr;
+            child->release();
+            child = previous;
+        }
+    }
+}
+
+// --- names and values ---------------------------------------------------------------------------
+
+ZkName ZkNode::getNodeName() const { return ZkXmlUtil::makeQName(getPrefix(), getLocalName()); }
+ZkName ZkNode::getFOName() const { return getLocalName(); }
+ZkName ZkNode::getNamespaceUri() const { return ZkName(); }
+ZkName ZkNode::getPrefix() const { return ZkName(); }
+void ZkNode::setPrefix(ZkName) {}
+ZkValue ZkNode::getNodeValue() const { return ZkValue(); }
+
+void ZkNode::setNodeValue(const ZkValue&) {
+    throwCommonError(ZK_ERROR_WRONG_STATE, kSiteSetNodeValue, getTypeName());
+}
+
+// --- navigation ---------------------------------------------------------------------------------
+
+ZkNode* ZkNode::getParentNode() const { return m_parent; }
+
+bool ZkNode::hasChildNodes() const {
+    if (m_lastChild)
+        return true;
+    if ((m_flags & kLoading) && m_ownerDocument)
+        m_ownerDocument->loadNextNode();
+    return m_lastChild != nullptr;
+}
+
+ZkPtr<ZkNodeList> ZkNode::getChildNodes() const {
+    return ZkPtr<ZkNodeList>(new (std::nothrow) ChildNodeList(this));
+}
+
+ZkNode* ZkNode::getFirstChild() const {
+    if (m_lastChild)
+        return m_lastChild->m_next;
+    if ((m_flags & kLoading) && m_ownerDocument)
+        m_ownerDocument->loadNextNode();
+    return m_lastChild ? m_lastChild->m_next : nullptr;
+}
+
+ZkNode* ZkNode::getLastChild() const {
+    // Only the whole child list can tell which child is last.
+    while ((m_flags & kLoading) && m_ownerDocument && m_ownerDocument->loadNextNode()) {
+    }
+    return m_lastChild;
+}
+
+ZkNode* ZkNode::getPreviousSibling() const { return m_previous; }
+
+ZkNode* ZkNode::getNextSibling() const {
+    if (!m_parent)
+        return nullptr;
+    if (m_parent->m_lastChild != this)
+        return m_next;
+    if (m_ownerDocument) {
+        // A next sibling can only follow once this node has ended.
+        while ((m_flags & kLoading) && m_ownerDocument->loadNextNode()) {
+        }
+        if (m_parent && m_parent->m_lastChild == this && (m_parent->m_flags & kLoading))
+            m_ownerDocument->loadNextNode();
+    }
+    if (!m_parent || m_parent->m_lastChild == this)
+        return nullptr;
+    return m_next;
+}
+
+ZkDocument* ZkNode::getOwnerDocument() const { return m_ownerDocument; }
+
+// --- child changes ------------------------------------------------------------------------------
+
+void ZkNode::checkOwner(const ZkNode* newChild) const {
+    // A document's own field points to itself, so the second half lets a document accept the
+    // nodes it created even when it is the parent.
+    if (newChild->m_ownerDocument != m_ownerDocument &&
+        static_cast<const ZkNode*>(newChild->m_ownerDocument) != this)
+        throwCommonError(ZK_ERROR_WRONG_DOCUMENT, kSiteAppendChild, newChildArg());
+}
+
+void ZkNode::detachFromParent(ZkNode* child) {
+    if (ZkNode* parent = child->m_parent) {
+        ZkPtr<ZkNode> removed = parent->removeChild(child);
+    }
+}
+
+ZkNode* ZkNode::appendChild(ZkNode* newChild) {
+    if (!newChild)
+        throwCommonError(ZK_ERROR_NULL_ARGUMENT, kSiteAppendChild, newChildArg());
+    checkOwner(newChild);
+    ZkPtr<ZkNode> hold(newChild);
+    detachFromParent(newChild);
+
+    newChild->m_parent = this;
+    newChild->m_previous = m_lastChild;
+    if (m_lastChild) {
+        newChild->m_next = m_lastChild->m_next;
+        m_lastChild->m_next = newChild;
+    } else {
+        newChild->m_next = newChild;
+    }
+    m_lastChild = newChild;
+    hold.detach(); // the reference now belongs to the tree
+    return newChild;
+}
+
+ZkNode* ZkNode::insertBefore(ZkNode* newChild, ZkNode* refChild) {
+    if (!newChild)
+        throwCommonError(ZK_ERROR_NULL_ARGUMENT, kSiteInsertBefore, newChildArg());
+    if (!refChild)
+        return appendChild(newChild);
+    if (refChild->m_parent != this)
+        throwCommonError(ZK_ERROR_NOT_CHILD, kSiteInsertBefore, UnicodeString(u"refChild"));
+    if (newChild == refChild)
+        return newChild;
+    checkOwner(newChild);
+    ZkPtr<ZkNode> hold(newChild);
+    detachFromParent(newChild);
+
+    // Read only now: removing newChild from this same parent may have moved refChild's links.
+    ZkNode* previous = refChild->m_previous;
+    newChild->m_parent = this;
+    newChild->m_next = refChild;
+    newChild->m_previous = previous;
+    refChild->m_previous = newChild;
+    (previous ? previous : m_lastChild)->m_next = newChild;
+    hold.detach();
+    return newChild;
+}
+
+ZkPtr<ZkNode> ZkNode::removeChild(ZkNode* oldChild) {
+    if (!oldChild)
+        throwCommonError(ZK_ERROR_NULL_ARGUMENT, kSiteRemoveChild, oldChildArg());
+    if (oldChild->m_parent != this)
+        throwCommonError(ZK_ERROR_NOT_CHILD, kSiteRemoveChild, oldChildArg());
+
+    ZkNode* previous = oldChild->m_previous;
+    ZkNode* next = oldChild->m_next;
+    oldChild->m_parent = nullptr;
+    oldChild->m_next = nullptr;
+    oldChild->m_previous = nullptr;
+    if (oldChild != m_lastChild)
+        next->m_previous = previous;
+    else
+        m_lastChild = previous;
+    // Without a previous node the first child changed, and the ring closes through the last.
+    ZkNode* before = previous ? previous : m_lastChild;
+    if (before)
+        before->m_next = next;
+
+    ZkPtr<ZkNode> result(oldChild);
+    oldChild->removeRef(); // the tree's reference passes to the result
+    return result;
+}
+
+ZkPtr<ZkNode> ZkNode::replaceChild(ZkNode* newChild, ZkNode* oldChild) {
+    if (!newChild)
+        throwCommonError(ZK_ERROR_NULL_ARGUMENT, kSiteReplaceChild, newChildArg());
+    if (!oldChild)
+        throwCommonError(ZK_ERROR_NULL_ARGUMENT, kSiteReplaceChild, oldChildArg());
+    if (oldChild->m_parent != this)
+        throwCommonError(ZK_ERROR_NOT_CHILD, kSiteReplaceChild, oldChildArg());
+    if (newChild == oldChild)
+        return ZkPtr<ZkNode>(oldChild);
+    checkOwner(newChild);
+    ZkPtr<ZkNode> hold(newChild);
+    detachFromParent(newChild);
+
+    ZkNode* previous = oldChild->m_previous;
+    ZkNode* next = oldChild->m_next;
+    const bool wasLast = oldChild == m_lastChild;
+    oldChild->m_parent = nullptr;
+    oldChild->m_next = nullptr;
+    oldChild->m_previous = nullptr;
+
+    newChild->m_parent = this;
+    newChild->m_previous = previous;
+    newChild->m_next = next == oldChild ? newChild : next;
+    if (wasLast)
+        m_lastChild = newChild;
+    else
+        next->m_previous = newChild;
+    if (previous)
+        previous->m_next = newChild;
+    else
+        m_lastChild->m_next = newChild; // newChild is the new first child
+    hold.detach();
+
+    ZkPtr<ZkNode> result(oldChild);
+    oldChild->removeRef();
+    return result;
+}
+
+ZkNode* ZkNode::appendChildEx(ZkNode* newChild) { return appendChild(newChild); }
+
+ZkNode* ZkNode::appendChildText(const UnicodeString& text) {
+    if (!m_ownerDocument)
+        return nullptr;
+    ZkPtr<ZkNode> node = m_ownerDocument->createTextNodeElement(text, this);
+    if (!node)
+        return nullptr;
+    return appendChild(node);
+}
+
+ZkNode* ZkNode::appendChildTextLF() { return appendChildText(UnicodeString(u'\n')); }
+
+ZkNode* ZkNode::insertBeforeTextLF(ZkNode* refChild) {
+    if (!m_ownerDocument)
+        return nullptr;
+    ZkPtr<ZkNode> node = m_ownerDocument->createTextNodeElement(UnicodeString(u'\n'), this);
+    if (!node)
+        return nullptr;
+    return insertBefore(node, refChild);
+}
+
+void ZkNode::appendChildren(ZkNode* first, ZkNode* stop) {
+    ZkNode* node = first;
+    while (node && node != stop) {
+        ZkNode* next = node->getNextSibling(); // read before the move changes it
+        appendChild(node);
+        node = next;
+    }
+}
+
+void ZkNode::removeAllChildNodes() {
+    ZkNode* child = m_lastChild;
+    m_lastChild = nullptr;
+    while (child) {
+        ZkNode* previous = child->m_previous;
+        child->m_parent = nullptr;
+        child->m_next = nullptr;
+        child->m_previous = nullptr;
+        child->release();
+        child = previous;
+    }
+}
+
+long ZkNode::deleteAllChildNodes() {
+    ZkNode* last = m_lastChild;
+    m_lastChild = nullptr;
+    return deleteAllChildNodes(last);
+}
+
+long ZkNode::deleteAllChildNodes(ZkNode* lastChild) {
+    long count = 0;
+    ZkNode* child = lastChild;
+    while (child) {
+        ZkNode* previous = child->m_previous;
+        ZkNode* grandchild = child->m_lastChild;
+        child->m_parent = nullptr;
+        child->m_next = nullptr;
+        child->m_previous = nullptr;
+        child->m_lastChild = nullptr;
+        count += 1 + deleteAllChildNodes(grandchild);
+        // Plain arithmetic: the caller promised that no other thread touches the tree.
+        if (child->decrementRefCount() < 1)
+            delete child;
+        child = previous;
+    }
+    return count;
+}
+
+// --- defaults -----------------------------------------------------------------------------------
+
+ZkNamedNodeMap* ZkNode::getAttributes() const { return nullptr; }
+bool ZkNode::hasAttributes() const { return false; }
+ZkPtr<ZkNode> ZkNode::cloneNode(bool) const { return ZkPtr<ZkNode>(); }
+
+void ZkNode::cloneMembers(ZkNode* to) const {
+    if (to)
+        to->m_flags = m_flags;
+}
+
+void ZkNode::finishAttributes() {}
+bool ZkNode::isElementNode() const { return false; }
+bool ZkNode::isProcessingInstruction() const { return false; }
+bool ZkNode::isText() const { return false; }
+bool ZkNode::isFO() const { return false; }
+bool ZkNode::isQTFO() const { return false; }
+bool ZkNode::isCSS() const { return false; }
+bool ZkNode::isHTML() const { return false; }
+bool ZkNode::isHTMLSyntax() const { return false; }
+bool ZkNode::isXHTMLSyntax() const { return false; }
+bool ZkNode::isXML() const { return false; }
+bool ZkNode::isBlock() const { return false; }
+bool ZkNode::isInline() const { return false; }
+bool ZkNode::isInlineBlock() const { return false; }
+bool ZkNode::isBlockOrBdo(bool) const { return false; }
+bool ZkNode::isBidiOverride() const { return false; }
+bool ZkNode::isNeutral() const { return false; }
+bool ZkNode::isOutOfLine() const { return false; }
+bool ZkNode::isArea() const { return false; }
+bool ZkNode::saveTextTag() const { return false; }
+UnicodeString ZkNode::getText() const { return UnicodeString(); }
+void ZkNode::setText(const UnicodeString&) {}
+bool ZkNode::isBidiDone() const { return false; }
+void ZkNode::bidiDone(int) {}
+void ZkNode::setSourceLineNumber(int) {}
+void ZkNode::setSourceColumnNumber(int) {}
+
+// --- lists --------------------------------------------------------------------------------------
+
+ZkPtr<ZkNodeList> ZkNode::getElementsByTagName(ZkName local) const {
+    return ZkPtr<ZkNodeList>(new (std::nothrow)
+                                 TreeNodeList(this, TreeNodeList::ELEMENTS_BY_NAME, ZkName(), local));
+}
+
+ZkPtr<ZkNodeList> ZkNode::getElementsByTagNameNS(ZkName uri, ZkName local) const {
+    return ZkPtr<ZkNodeList>(
+        new (std::nothrow) TreeNodeList(this, TreeNodeList::ELEMENTS_BY_NAME_NS, uri, local));
+}
+
+ZkPtr<ZkNodeList> ZkNode::getDescendantNodes() const {
+    return ZkPtr<ZkNodeList>(new (std::nothrow) TreeNodeList(this, TreeNodeList::ALL_NODES));
+}
+
+ZkNodeIterator ZkNode::getIterator(ZkNode* start) const { return ZkNodeIterator(this, start); }
+
+} // namespace ZkCommonNS
