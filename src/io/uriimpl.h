@@ -15,8 +15,9 @@ int32_t uriSchemeLimit(const UnicodeString& text) noexcept;
 bool uriStartsWith(const UnicodeString& text, int32_t start, const char* prefix) noexcept;
 
 /// A path (slashes already made forward) in file-URI form: drive paths, UNC paths and absolute
-/// POSIX paths get "file:" forms and are escaped; anything else comes back unchanged.
-UnicodeString fileUriFromPath(const UnicodeString& path);
+/// POSIX paths get "file:" forms and are escaped ("#" too with `escapeSharp`, for a path whose
+/// "#" is part of a name); anything else comes back unchanged.
+UnicodeString fileUriFromPath(const UnicodeString& path, bool escapeSharp = false);
 
 /// Resolves `reference` against the URI string `base`, reading the reference as `type`
 /// (already resolved: never URISTR_AUTO).

@@ -102,18 +102,18 @@ bool detail::uriStartsWith(const UnicodeString& text, int32_t start, const char*
     return true;
 }
 
-UnicodeString detail::fileUriFromPath(const UnicodeString& path) {
+UnicodeString detail::fileUriFromPath(const UnicodeString& path, bool escapeSharp) {
     if (ZkUri::hasDriveLetter(path, 0)) {
         // A "?" cannot occur in a drive path: what follows it is a query added by the caller.
         int32_t query = path.indexOf(u'?');
         UnicodeString rest = query >= 0 ? UnicodeString(path, 0, query) : path;
-        return UnicodeString(u"file:///") + ZkUri::escape(rest);
+        return UnicodeString(u"file:///") + ZkUri::escape(rest, escapeSharp);
     }
     if (path.startsWith(u"//"))
-        return UnicodeString(u"file:") + ZkUri::escape(path);
+        return UnicodeString(u"file:") + ZkUri::escape(path, escapeSharp);
     if (path.startsWith(u"/")) {
         // A POSIX file name may hold "?": it is data here, never a query.
-        UnicodeString escaped = ZkUri::escape(path);
+        UnicodeString escaped = ZkUri::escape(path, escapeSharp);
         escaped.findAndReplace(u"?", u"%3F");
         return UnicodeString(u"file://") + escaped;
     }
@@ -208,10 +208,11 @@ void ZkUri::construct(const ZkUri* base, const UnicodeString& text, URISTRTYPE t
     const bool hasBase = base && !base->m_uri.isEmpty();
     // A POSIX absolute path is what a drive path is on Windows, as long as it cannot be an
     // absolute-path reference into a remote base.
-    if (type == URISTR_AUTO && source.startsWith(u"/") && !source.startsWith(u"//") &&
-        (!hasBase || base->isFile()))
-        type = URISTR_FILEPATH;
+    const bool posixPath = type == URISTR_AUTO && source.startsWith(u"/") &&
+                           !source.startsWith(u"//") && (!hasBase || base->isFile());
     type = detail::resolveUriType(source, type);
+    if (posixPath && type == URISTR_URI)
+        type = URISTR_FILEPATH;
     if (hasBase) {
         m_uri = detail::resolveUriReference(base->m_uri, source, type);
         return;
@@ -235,7 +236,7 @@ void ZkUri::construct(const ZkUri* base, const UnicodeString& text, URISTRTYPE t
         [[fallthrough]];
     case URISTR_FILEPATH:
         backslash2slash(source);
-        m_uri = detail::fileUriFromPath(source);
+        m_uri = detail::fileUriFromPath(source, type == kPathAsIs);
         return;
     default:
         m_uri = source;

@@ -174,7 +174,10 @@ UnicodeString detail::resolveUriReference(const UnicodeString& base,
         [[fallthrough]];
     default:
         ZkUri::backslash2slash(reference);
-        reference = fileUriFromPath(reference);
+        reference = fileUriFromPath(reference, type == kPathAsIs);
+        // The "#" of an existing file's name is data once the name joins a base.
+        if (type == kPathAsIs && uriSchemeLimit(reference) < 0)
+            reference.findAndReplace(u"#", u"%23");
         break;
     }
 
