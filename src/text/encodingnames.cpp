@@ -136,12 +136,11 @@ std::u16string toKey(const UnicodeString& text) {
 UnicodeString foldName(const UnicodeString& name) {
     UnicodeString folded(name);
     folded.trim();
-    char16_t* buffer = folded.getBuffer(-1);
     for (int32_t i = 0, length = folded.length(); i < length; ++i) {
-        if (buffer[i] >= u'a' && buffer[i] <= u'z')
-            buffer[i] = static_cast<char16_t>(buffer[i] - (u'a' - u'A'));
+        char16_t c = folded.charAt(i);
+        if (c >= u'a' && c <= u'z')
+            folded.setCharAt(i, static_cast<char16_t>(c - (u'a' - u'A')));
     }
-    folded.releaseBuffer(folded.length());
     return folded;
 }
 
@@ -177,10 +176,11 @@ UnicodeString ZkUtil::getStandardEncoding(const UnicodeString& name) {
     folded.toUTF8String(narrow);
     if (narrow.find('\0') == std::string::npos) {
         UErrorCode status = U_ZERO_ERROR;
-        const char* standard = ucnv_getStandardName(narrow.c_str(), "IANA", &status);
+        // The MIME spelling is the one documents carry ("ISO-8859-1", not "ISO_8859-1:1987").
+        const char* standard = ucnv_getStandardName(narrow.c_str(), "MIME", &status);
         if (U_FAILURE(status) || !standard) {
             status = U_ZERO_ERROR;
-            standard = ucnv_getStandardName(narrow.c_str(), "MIME", &status);
+            standard = ucnv_getStandardName(narrow.c_str(), "IANA", &status);
         }
         if (U_SUCCESS(status) && standard && *standard)
             return UnicodeString(standard, -1, US_INV);
