@@ -3,6 +3,7 @@
 #define ZKCOMMON_ZKCOMMON_H
 
 // core
+#include "zkcommon/core/char.h"
 #include "zkcommon/core/error.h"
 #include "zkcommon/core/errorxml.h"
 #include "zkcommon/core/export.h"
@@ -11,8 +12,13 @@
 #include "zkcommon/core/message.h"
 #include "zkcommon/core/name.h"
 #include "zkcommon/core/object.h"
+#include "zkcommon/core/strings.h"
 #include "zkcommon/core/typeids.h"
 #include "zkcommon/core/unicode.h"
+
+// values
+#include "zkcommon/values/length.h"
+#include "zkcommon/values/value.h"
 
 // text
 #include "zkcommon/text/util.h"
