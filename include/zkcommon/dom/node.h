@@ -186,6 +186,9 @@ public:
     ZkNode* getPreviousSiblingFast() const { return m_previous; }
     ZkNode* getParentNodeFast() const { return m_parent; }
     bool hasChildNodesFast() const { return m_lastChild != nullptr; }
+    /// The raw next link: the last child's points to the first child, so it is never null inside
+    /// a parent and must not be followed without comparing with the parent's last child.
+    ZkNode* getNextLink() const { return m_next; }
 
     // --- flags --------------------------------------------------------------------------------
 
@@ -264,8 +267,6 @@ protected:
 
     /// The owner document field, which for a document is the document itself.
     ZkDocument* getOwnerDocumentField() const { return m_ownerDocument; }
-    /// The raw next link (the attribute ring reuses it).
-    ZkNode* getNextLink() const { return m_next; }
 
 private:
     friend class AttrNodeMap;

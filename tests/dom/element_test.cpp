@@ -1,0 +1,404 @@
+// ZkElement, the attribute map and namespace look-ups.
+#include "domtest.h"
+
+#include <zkcommon/core/error.h>
+#include <zkcommon/dom/attr.h>
+#include <zkcommon/dom/documentfragment.h>
+#include <zkcommon/dom/namednodemap.h>
+#include <zkcommon/dom/processinginstruction.h>
+#include <zkcommon/values/value.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+using namespace ZkCommonNS;
+using namespace domtest;
+
+namespace {
+
+const ZkName kXmlns(ZKN_NS_XMLNS);
+
+// The attribute names in ring order, read with the iteration of the map.
+std::string attrNames(const ZkElement* element) {
+    std::string out;
+    const ZkNamedNodeMap* map = element->getAttributes();
+    for (ZkNode* attr = map->getFirstNode(); attr; attr = map->getNextNode(attr)) {
+        if (!out.empty())
+            out += ",";
+        out += utf8(attr->getNodeName().toString());
+    }
+    return out;
+}
+
+struct Fixture {
+    ZkPtr<ZkDocument> doc{new ZkDocument()};
+    ZkElement* e = nullptr;
+    Fixture() { e = addElement(doc, doc, u"e"); }
+};
+
+} // namespace
+
+TEST(Element, SetGetRemoveAttribute) {
+    Fixture f;
+    EXPECT_FALSE(f.e->hasAttributes());
+    f.e->setAttribute(ZkName(u"width"), ZkValue(u"10pt"));
+    f.e->setAttribute(ZkName(u"height"), ZkValue(5));
+    EXPECT_TRUE(f.e->hasAttributes());
+    EXPECT_EQ(utf8(f.e->getAttribute(ZkName(u"width")).toString()), "10pt");
+    EXPECT_EQ(f.e->getAttribute(ZkName(u"height")).getIntegerValue(0), 5);
+    EXPECT_TRUE(f.e->getAttribute(ZkName(u"nothing")).isNull()) << "empty, not an error";
+    f.e->setAttribute(ZkName(u"width"), ZkValue(u"20pt"));
+    EXPECT_EQ(attrNames(f.e), "width,height") << "replacing keeps the place";
+    EXPECT_EQ(utf8(f.e->getAttribute(ZkName(u"width")).toString()), "20pt");
+    EXPECT_EQ(f.e->getAttributes()->getCount(), 2);
+    f.e->removeAttribute(ZkName(u"width"));
+    f.e->removeAttribute(ZkName(u"never-there"));
+    EXPECT_EQ(attrNames(f.e), "height");
+    EXPECT_FALSE(f.e->hasAttribute(ZkName(u"width")));
+    EXPECT_TRUE(f.e->hasAttribute(ZkName(u"height")));
+}
+
+TEST(Element, AttrValueCarriesNoName) {
+    Fixture f;
+    f.e->setAttribute(ZkName(u"w"), ZkValue(u"x"));
+    ZkAttr* attr = f.e->getAttributeNode(ZkName(u"w"));
+    ASSERT_NE(attr, nullptr);
+    EXPECT_EQ(attr->getValue(), ZkValue(u"x"));
+    // A named value given in does not rename the attribute.
+    attr->setValue(ZkNamedValue(ZkValue(7), ZkName(u"other")));
+    EXPECT_EQ(utf8(attr->getLocalName().toString()), "w");
+    EXPECT_EQ(attr->getValue().getIntegerValue(0), 7);
+    attr->setNodeValue(ZkValue(u"y"));
+    EXPECT_EQ(utf8(attr->getText()), "y");
+    attr->setText(u"z");
+    EXPECT_EQ(utf8(attr->getNodeValue().toString()), "z");
+    EXPECT_EQ(attr->getOwnerElement(), f.e);
+    EXPECT_EQ(attr->getParentNode(), nullptr);
+    EXPECT_EQ(attr->getNextSibling(), nullptr);
+    EXPECT_EQ(attr->getNodeType(), ZkNode::ATTRIBUTE_NODE);
+}
+
+TEST(Element, RingOrderAndRemovalLinks) {
+    Fixture f;
+    for (const char16_t* name : {u"a", u"b", u"c", u"d"})
+        f.e->setAttribute(ZkName(name), ZkValue(name));
+    AttrNodeMap* map = static_cast<AttrNodeMap*>(f.e->getAttributes());
+    EXPECT_EQ(nameOf(map->item(0)), "a");
+    EXPECT_EQ(nameOf(map->item(3)), "d");
+    EXPECT_EQ(map->item(4), nullptr);
+    EXPECT_EQ(map->item(-1), nullptr);
+    EXPECT_EQ(nameOf(map->getPreviousNode(map->getLastNode())), "c");
+
+    f.e->removeAttribute(ZkName(u"a"));
+    // The first attribute's removal leaves the last attribute's next link at the new first.
+    EXPECT_EQ(nameOf(map->getLastNode()->getNextLink()), "b");
+    EXPECT_EQ(map->getFirstNode()->getPreviousSibling(), nullptr);
+    f.e->removeAttribute(ZkName(u"d"));
+    EXPECT_EQ(nameOf(map->getLastNode()), "c");
+    EXPECT_EQ(nameOf(map->getLastNode()->getNextLink()), "b");
+    f.e->removeAttribute(ZkName(u"b"));
+    EXPECT_EQ(attrNames(f.e), "c");
+    EXPECT_EQ(map->getLastNode()->getNextLink(), map->getLastNode());
+    f.e->removeAttribute(ZkName(u"c"));
+    EXPECT_EQ(map->getFirstNode(), nullptr);
+    EXPECT_EQ(map->getLastNode(), nullptr);
+    // The anchor went back to the element: the next add finds its owner there.
+    f.e->setAttribute(ZkName(u"again"), ZkValue(1));
+    EXPECT_EQ(f.e->getAttributeNode(ZkName(u"again"))->getOwnerElement(), f.e);
+    EXPECT_EQ(attrNames(f.e), "again");
+}
+
+TEST(Element, SetAttributeNSSilentCases) {
+    Fixture f;
+    f.e->setAttributeNS(ZkName(u"urn:x"), ZkName(u"p"), ZkName(), ZkValue(1));
+    f.e->setAttributeNS(ZkName(), ZkName(u"p"), ZkName(u"local"), ZkValue(1));
+    EXPECT_FALSE(f.e->hasAttributes());
+}
+
+TEST(Element, SetAttributeNSNewPrefixKeepsPlace) {
+    Fixture f;
+    const ZkName uri(u"urn:example");
+    f.e->setAttributeNS(uri, ZkName(u"p"), ZkName(u"one"), ZkValue(1));
+    f.e->setAttribute(ZkName(u"two"), ZkValue(2));
+    f.e->setAttributeNS(uri, ZkName(u"q"), ZkName(u"one"), ZkValue(3));
+    EXPECT_EQ(attrNames(f.e), "q:one,two");
+    EXPECT_FALSE(f.e->hasAttribute(ZkName(u"p:one")));
+    EXPECT_TRUE(f.e->hasAttribute(ZkName(u"q:one")));
+    EXPECT_EQ(f.e->getAttribute(ZkName(u"q:one")).getIntegerValue(0), 3);
+    EXPECT_EQ(f.e->getAttributeNS(uri, ZkName(u"one")).getIntegerValue(0), 3);
+    EXPECT_EQ(f.e->getAttributes()->getCount(), 2);
+    f.e->setAttributeNS(uri, ZkName(u"r:one"), ZkValue(4));
+    EXPECT_EQ(attrNames(f.e), "r:one,two");
+}
+
+TEST(Element, SameQualifiedNameDifferentUris) {
+    // Both sit on the ring and in the namespace map; only the first is found by name.
+    Fixture f;
+    const ZkName u1(u"urn:one"), u2(u"urn:two"), local(u"x");
+    f.e->setAttributeNS(u1, ZkName(u"p"), local, ZkValue(1));
+    f.e->setAttributeNS(u2, ZkName(u"p"), local, ZkValue(2));
+    EXPECT_EQ(attrNames(f.e), "p:x,p:x");
+    EXPECT_EQ(f.e->getAttributes()->getCount(), 1);
+    EXPECT_EQ(f.e->getAttribute(ZkName(u"p:x")).getIntegerValue(0), 1);
+    EXPECT_EQ(f.e->getAttributeNS(u2, local).getIntegerValue(0), 2);
+    std::vector<ZkPtr<ZkAttr>> all;
+    f.e->getAttributeNodeLocal(local, &all);
+    ASSERT_EQ(all.size(), 2u);
+    std::vector<ZkValue> values;
+    f.e->getAttributeLocal(local, &values);
+    ASSERT_EQ(values.size(), 2u);
+    EXPECT_EQ(values[1].getIntegerValue(0), 2);
+    f.e->getAttributeLocal(local, nullptr);
+    f.e->getAttributeNodeLocal(local, nullptr);
+    EXPECT_TRUE(f.e->hasAttributeLocal(local));
+
+    // Removing the one found by name leaves the other reachable by namespace only.
+    f.e->removeAttribute(ZkName(u"p:x"));
+    EXPECT_EQ(attrNames(f.e), "p:x");
+    EXPECT_FALSE(f.e->hasAttribute(ZkName(u"p:x")));
+    EXPECT_TRUE(f.e->hasAttributeNS(u2, local));
+    EXPECT_FALSE(f.e->hasAttributes()) << "the count is that of the by-name map";
+    f.e->removeAttributeNS(u2, local);
+    EXPECT_EQ(attrNames(f.e), "");
+}
+
+TEST(Element, RemoveAttributeNode) {
+    Fixture f;
+    try {
+        f.e->removeAttributeNode(nullptr);
+        ADD_FAILURE() << "no throw";
+    } catch (const ZkError& error) {
+        EXPECT_EQ(error.getErrorCode(), ZK_ERROR_NULL_ARGUMENT);
+        EXPECT_EQ(utf8(error.getRawMessage()), "SYSTEM ERROR: oldAttr is null.");
+    }
+    ZkPtr<ZkAttr> stranger = f.doc->createAttribute(ZkName(u"a"));
+    EXPECT_FALSE(f.e->removeAttributeNode(stranger)) << "empty map";
+    f.e->setAttribute(ZkName(u"a"), ZkValue(1));
+    f.e->setAttribute(ZkName(u"b"), ZkValue(2));
+    ZkPtr<ZkAttr> b(f.e->getAttributeNode(ZkName(u"b")));
+    ZkPtr<ZkAttr> removed = f.e->removeAttributeNode(b);
+    EXPECT_EQ(removed.get(), b.get());
+    EXPECT_EQ(b->getOwnerElement(), nullptr);
+    EXPECT_EQ(attrNames(f.e), "a");
+    // A foreign attribute of the same name removes the one of the map; the result is the given.
+    removed = f.e->removeAttributeNode(stranger);
+    EXPECT_EQ(removed.get(), stranger.get());
+    EXPECT_FALSE(f.e->hasAttributes());
+    ZkPtr<ZkAttr> unknown = f.doc->createAttribute(ZkName(u"zz"));
+    f.e->setAttribute(ZkName(u"a"), ZkValue(1));
+    EXPECT_FALSE(f.e->removeAttributeNode(unknown));
+}
+
+TEST(Element, CreateAttributePrefixRules) {
+    Fixture f;
+    f.e->setAttributeXMLNS(ZkName(u"urn:declared"), ZkName(u"d"));
+    struct Case {
+        const char16_t* qname;
+        bool made;
+        const char* uri;
+        const char* prefix;
+        const char* local;
+        bool ns;
+    } cases[] = {
+        {u"plain", true, "", "", "plain", false},
+        {u"xmlns", true, "http://www.w3.org/2000/xmlns/", "", "xmlns", true},
+        {u"xmlns:p", true, "http://www.w3.org/2000/xmlns/", "xmlns", "p", true},
+        {u"xml:lang", true, "http://www.w3.org/XML/1998/namespace", "xml", "lang", true},
+        {u"xlink:href", true, "http://www.w3.org/1999/xlink", "xlink", "href", true},
+        {u"d:x", true, "urn:declared", "d", "x", true},
+        {u"undeclared:x", false, "", "", "", false},
+        {u"xml:", false, "", "", "", false},
+        {u":lead", true, "", "", ":lead", false},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(utf8(test.qname));
+        ZkPtr<ZkAttr> attr = f.doc->createAttribute(ZkName(test.qname));
+        ASSERT_EQ(bool(attr), test.made);
+        if (!attr)
+            continue;
+        EXPECT_EQ(utf8(attr->getNamespaceUri().toString()), test.uri);
+        EXPECT_EQ(utf8(attr->getPrefix().toString()), test.prefix);
+        EXPECT_EQ(utf8(attr->getLocalName().toString()), test.local);
+        EXPECT_EQ(attr->isA(ZkTypeID::kAttrNS), test.ns);
+        EXPECT_TRUE(attr->getValue().isNull());
+    }
+    // setAttribute stores nothing for an undeclared prefix.
+    f.e->setAttribute(ZkName(u"undeclared:x"), ZkValue(1));
+    EXPECT_FALSE(f.e->hasAttribute(ZkName(u"undeclared:x")));
+}
+
+TEST(Element, CreateAttributeNSKinds) {
+    Fixture f;
+    EXPECT_FALSE(f.doc->createAttributeNS(ZkName(), ZkName(), ZkName(u"a"))->isA(ZkTypeID::kAttrNS));
+    EXPECT_TRUE(f.doc->createAttributeNS(ZkName(u"u"), ZkName(), ZkName(u"a"))->isA(ZkTypeID::kAttrNS));
+    ZkPtr<ZkAttr> split = f.doc->createAttributeNS(ZkName(u"u"), ZkName(u"p:a"));
+    EXPECT_EQ(utf8(split->getNodeName().toString()), "p:a");
+    EXPECT_EQ(utf8(split->getLocalName().toString()), "a");
+}
+
+TEST(Element, NamespaceLookups) {
+    ZkPtr<ZkDocument> doc(new ZkDocument());
+    const ZkName fo(ZKN_NS_XSL_FO);
+    const ZkName svg(ZKN_NS_SVG);
+    ZkPtr<ZkElement> root = doc->createElementNS(fo, ZkName(u"fo"), ZkName(u"root"));
+    doc->appendChild(root);
+    root->setAttributeXMLNS(fo, ZkName(u"fo"));
+    root->setAttributeXMLNS(svg, ZkName());
+    ZkElement* plain = addElement(doc, root, u"fo:block");
+    ZkElement* unprefixed = addElement(doc, plain, u"circle");
+    ZkNode* text = addText(doc, unprefixed, u"t");
+
+    EXPECT_EQ(root->lookupNamespaceUri(ZkName(u"fo")), fo);
+    EXPECT_EQ(root->lookupNamespaceUri(ZkName()), svg);
+    EXPECT_EQ(plain->getNamespaceUri(), fo) << "a plain Element asks the tree";
+    EXPECT_EQ(unprefixed->getNamespaceUri(), svg);
+    EXPECT_EQ(text->lookupNamespaceUri(ZkName(u"fo")), fo);
+    EXPECT_EQ(doc->lookupNamespaceUri(ZkName(u"fo")), fo);
+    EXPECT_TRUE(doc->lookupNamespaceUri(ZkName(u"nope")).isEmpty());
+    EXPECT_EQ(root->getAttributeXMLNS(ZkName(u"fo")), fo);
+    EXPECT_EQ(root->getAttributeXMLNS(ZkName()), svg);
+    EXPECT_TRUE(root->getAttributeXMLNS(ZkName(u"zz")).isEmpty());
+
+    EXPECT_EQ(unprefixed->lookupPrefix(fo), ZkName(u"fo"));
+    EXPECT_TRUE(unprefixed->lookupPrefix(svg).isEmpty()) << "a default namespace has no prefix";
+    EXPECT_EQ(text->lookupPrefix(fo), ZkName(u"fo"));
+    EXPECT_TRUE(unprefixed->isDefaultNamespace(svg));
+    EXPECT_FALSE(unprefixed->isDefaultNamespace(fo));
+    EXPECT_TRUE(plain->isDefaultNamespace(svg)) << "a prefixed element asks its parent";
+    EXPECT_TRUE(doc->isDefaultNamespace(svg));
+
+    // An inner declaration hides the outer one for the prefix search.
+    ZkElement* inner = addElement(doc, unprefixed, u"inner");
+    inner->setAttributeXMLNS(ZkName(u"urn:other"), ZkName(u"fo"));
+    EXPECT_TRUE(inner->lookupPrefix(fo).isEmpty());
+    EXPECT_EQ(inner->lookupNamespaceUri(ZkName(u"fo")), ZkName(u"urn:other"));
+
+    // Element follows declarations as they change; ElementNS keeps its own.
+    ZkElement* mid = addElement(doc, plain, u"mid");
+    ZkElement* deepPlain = addElement(doc, mid, u"fo:deep");
+    ZkPtr<ZkElement> ns = doc->createElementNS(fo, ZkName(u"fo"), ZkName(u"flow"));
+    mid->appendChild(ns);
+    EXPECT_EQ(deepPlain->getNamespaceUri(), fo);
+    mid->setAttributeXMLNS(ZkName(u"urn:changed"), ZkName(u"fo"));
+    EXPECT_EQ(deepPlain->getNamespaceUri(), ZkName(u"urn:changed"));
+    EXPECT_EQ(ns->getNamespaceUri(), fo);
+    mid->removeAttributeXMLNS(ZkName(u"fo"));
+    EXPECT_EQ(deepPlain->getNamespaceUri(), fo) << "the root's own name binds the prefix";
+
+    // Attributes and scopeless kinds.
+    ZkAttr* xmlnsAttr = root->getAttributeNodeNS(ZKN_NS_XMLNS, ZkName(ZKN_xmlns));
+    ASSERT_NE(xmlnsAttr, nullptr);
+    EXPECT_EQ(xmlnsAttr->lookupNamespaceUri(ZkName()), svg);
+    ZkPtr<ZkAttr> loose = doc->createAttribute(ZkName(u"loose"));
+    EXPECT_TRUE(loose->lookupNamespaceUri(ZkName(u"fo")).isEmpty());
+    ZkPtr<ZkNode> fragment = doc->createDocumentFragment();
+    EXPECT_TRUE(fragment->lookupNamespaceUri(ZkName(u"fo")).isEmpty());
+    EXPECT_FALSE(fragment->isDefaultNamespace(svg));
+}
+
+TEST(Element, AttrNSUriFromPrefix) {
+    Fixture f;
+    f.e->setAttributeXMLNS(ZkName(u"urn:p"), ZkName(u"p"));
+    ZkPtr<ZkAttr> attr = f.doc->createAttributeNS(ZkName(), ZkName(u"p"), ZkName(u"x"));
+    EXPECT_TRUE(attr->getNamespaceUri().isEmpty()) << "no owner, nothing declared";
+    static_cast<AttrNodeMap*>(f.e->getAttributes())->addNode(attr);
+    EXPECT_EQ(attr->getNamespaceUri(), ZkName(u"urn:p"));
+}
+
+TEST(Element, CloneNode) {
+    Fixture f;
+    f.e->setAttribute(ZkName(u"a"), ZkValue(1));
+    f.e->setAttributeNS(ZkName(u"urn:x"), ZkName(u"x"), ZkName(u"b"), ZkValue(u"two"));
+    f.e->setSourceLineNumber(7);
+    f.e->setFlag(0x100, true);
+    ZkElement* child = addElement(f.doc, f.e, u"child");
+    addText(f.doc, child, u"text");
+    ZkPtr<ZkProcessingInstruction> pi = f.doc->createProcessingInstruction(ZkName(u"pi"), u"d");
+    f.e->appendChild(pi);
+
+    ZkPtr<ZkNode> shallow = f.e->cloneNode(false);
+    ASSERT_TRUE(shallow);
+    ZkElement* copy = static_cast<ZkElement*>(shallow.get());
+    EXPECT_TRUE(copy->isA(ZkTypeID::kElementNS)) << "a plain Element clones to an ElementNS";
+    EXPECT_EQ(attrNames(copy), "a,x:b");
+    EXPECT_EQ(copy->getAttribute(ZkName(u"a")).getIntegerValue(0), 1);
+    EXPECT_TRUE(copy->getFlag(0x100));
+    EXPECT_FALSE(copy->hasChildNodes());
+    EXPECT_NE(copy->getElementId(), f.e->getElementId());
+    EXPECT_EQ(copy->getStoredSourceLineNumber(), -1);
+    EXPECT_EQ(copy->getParentNode(), nullptr);
+
+    ZkPtr<ZkNode> deep = f.e->cloneNode(true);
+    EXPECT_EQ(childNames(deep), "child") << "the instruction clones to null and is skipped";
+    EXPECT_EQ(childNames(deep->getFirstChild()), "'text'");
+    EXPECT_EQ(f.doc->cloneNode(true), nullptr);
+    EXPECT_EQ(pi->cloneNode(true), nullptr);
+}
+
+TEST(Element, ElementIdsAreSerial) {
+    ZkPtr<ZkDocument> doc(new ZkDocument());
+    ZkPtr<ZkElement> first = doc->createElement(ZkName(u"a"));
+    ZkPtr<ZkElement> second = doc->createElementNS(ZkName(u"u"), ZkName(u"b"));
+    EXPECT_EQ(first->getElementId(), 0u);
+    EXPECT_EQ(second->getElementId(), 1u);
+}
+
+TEST(Element, BaseUri) {
+    ZkPtr<ZkDocument> doc(new ZkDocument());
+    doc->setBaseUri(u"http://example.com/dir/doc.xml");
+    ZkElement* root = addElement(doc, doc, u"root");
+    ZkElement* sub = addElement(doc, root, u"sub");
+    ZkNode* text = addText(doc, sub, u"t");
+    EXPECT_EQ(utf8(text->getBaseUri()), "http://example.com/dir/doc.xml");
+    sub->setAttributeNS(ZKN_NS_XML, ZkName(ZKN_xml), ZkName(ZKN_base), ZkValue(u"images/"));
+    EXPECT_EQ(utf8(sub->getBaseUri()), "http://example.com/dir/images/");
+    EXPECT_EQ(utf8(text->getBaseUri()), "http://example.com/dir/images/");
+    root->setAttribute(ZkName(u"xml:base"), ZkValue(u"http://other.org/a/"));
+    EXPECT_EQ(utf8(sub->getBaseUri()), "http://other.org/a/images/");
+
+    // Relative, without a parent: the attribute text as it stands.
+    ZkPtr<ZkElement> loose = doc->createElement(ZkName(u"loose"));
+    loose->setAttribute(ZkName(u"xml:base"), ZkValue(u"rel/"));
+    EXPECT_EQ(utf8(loose->getBaseUri()), "rel/");
+}
+
+TEST(Element, CssDebugSlot) {
+    Fixture f;
+    EXPECT_EQ(f.e->getCssDeclaration(0), nullptr);
+    EXPECT_EQ(f.e->getCssVariable(0), nullptr);
+    struct Block : ZkCssDebugBlock {
+        int getDeclarationCount() const override { return 1; }
+        const ZkCssDeclarationDebugInfo* getDeclaration(int) const override {
+            return reinterpret_cast<const ZkCssDeclarationDebugInfo*>(this);
+        }
+        int getVariableCount() const override { return 0; }
+        const ZkCssDeclarationDebugInfo* getVariable(int) const override { return nullptr; }
+    };
+    f.e->setCssDebugBlock(std::make_unique<Block>());
+    EXPECT_NE(f.e->getCssDeclaration(0), nullptr);
+    EXPECT_EQ(f.e->getCssDeclaration(1), nullptr);
+    EXPECT_EQ(f.e->getCssDeclaration(-1), nullptr);
+    EXPECT_EQ(f.e->getCssVariable(0), nullptr);
+}
+
+TEST(Element, TenThousandAttributesAddAndFindQuickly) {
+    Fixture f;
+    const int count = 10000;
+    std::vector<ZkName> names;
+    names.reserve(count);
+    for (int i = 0; i < count; ++i)
+        names.emplace_back(UnicodeString(u"attr-") + UnicodeString(std::to_string(i).c_str()));
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < count; ++i)
+        f.e->setAttribute(names[i], ZkValue(i));
+    int found = 0;
+    for (int round = 0; round < 10; ++round) {
+        for (int i = 0; i < count; ++i)
+            found += f.e->getAttribute(names[i]).getIntegerValue(-1) == i ? 1 : 0;
+    }
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    EXPECT_EQ(found, 10 * count);
+    EXPECT_EQ(f.e->getAttributes()->getCount(), count);
+    EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count(), 1000);
+}
