@@ -24,6 +24,20 @@
 #include "zkcommon/text/util.h"
 
 // dom
+#include "zkcommon/dom/attr.h"
+#include "zkcommon/dom/document.h"
+#include "zkcommon/dom/documentfragment.h"
+#include "zkcommon/dom/element.h"
+#include "zkcommon/dom/fwd.h"
+#include "zkcommon/dom/iterator.h"
+#include "zkcommon/dom/namednodemap.h"
 #include "zkcommon/dom/namespacemanager.h"
+#include "zkcommon/dom/node.h"
+#include "zkcommon/dom/nodelist.h"
+#include "zkcommon/dom/processinginstruction.h"
+#include "zkcommon/dom/text.h"
+
+// xml
+#include "zkcommon/xml/xmlutil.h"
 
 #endif // ZKCOMMON_ZKCOMMON_H

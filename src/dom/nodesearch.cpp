@@ -1,5 +1,6 @@
 // ZkNode: counting, searching, ancestors, document order, namespace look-ups and the positions
 // and base URI that a node inherits from its surroundings.
+#include "zkcommon/core/char.h"
 #include "zkcommon/dom/attr.h"
 #include "zkcommon/dom/document.h"
 #include "zkcommon/dom/element.h"
@@ -12,17 +13,6 @@
 namespace ZkCommonNS {
 
 namespace {
-
-// TAB, LINE FEED, CARRIAGE RETURN and SPACE, the XML white space.
-bool isEmptyOrXmlWhitespace(const UnicodeString& text) {
-    const char16_t* units = text.getBuffer();
-    for (int32_t i = 0, length = text.length(); i < length; ++i) {
-        const char16_t c = units[i];
-        if (c != 0x20 && c != 0x0A && c != 0x0D && c != 0x09)
-            return false;
-    }
-    return true;
-}
 
 // An Element that is not an ElementNS has no namespace of its own: its URI is itself a look-up.
 bool isPlainElement(const ZkNode* node) {
@@ -283,7 +273,7 @@ UnicodeString ZkNode::getInnerText() const {
 
 ZkNode* ZkNode::getNextSiblingOrSelfIgnoreEmptyOrWhitespace() const {
     for (const ZkNode* node = this; node; node = node->getNextSibling()) {
-        if (!node->isText() || !isEmptyOrXmlWhitespace(node->getText()))
+        if (!node->isText() || !ZkChar::isEmptyOrWhitespace(node->getText()))
             return const_cast<ZkNode*>(node);
     }
     return nullptr;

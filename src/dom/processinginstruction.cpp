@@ -1,6 +1,9 @@
 // ZkProcessingInstruction and the reading of pseudo-attributes.
 #include "zkcommon/dom/processinginstruction.h"
 
+#include "zkcommon/core/char.h"
+#include "zkcommon/core/strings.h"
+
 namespace ZkCommonNS {
 
 ZkProcessingInstruction::ZkProcessingInstruction(ZkDocument* ownerDocument, ZkName target,
@@ -13,16 +16,8 @@ int ZkProcessingInstruction::getNodeType() const { return PROCESSING_INSTRUCTION
 bool ZkProcessingInstruction::isProcessingInstruction() const { return true; }
 
 namespace {
-bool isPseudoAttributeSpace(UChar32 c) {
-    // TAB, LINE FEED, CARRIAGE RETURN and SPACE: the white space of the XML grammar (S).
-    return c == 0x09 || c == 0x0A || c == 0x0D || c == 0x20;
-}
-
-UnicodeString bogusString() {
-    UnicodeString text;
-    text.setToBogus();
-    return text;
-}
+// TAB, LINE FEED, CARRIAGE RETURN and SPACE: the white space of the XML grammar (S).
+bool isPseudoAttributeSpace(UChar32 c) { return ZkChar::isWhitespace(c); }
 } // namespace
 
 ZkProcessingInstruction::AttributeMap
@@ -49,7 +44,7 @@ ZkProcessingInstruction::parseAsAttribute(const UnicodeString& data) {
         if (quote == u'"' || quote == u'\'') {
             const int32_t close = data.indexOf(static_cast<char16_t>(quote), pos + 1);
             if (close < 0) {
-                value = bogusString();
+                value = ZkBogusString::getBogusString();
                 pos = length;
             } else {
                 value.setTo(data, pos + 1, close - pos - 1);
@@ -57,7 +52,7 @@ ZkProcessingInstruction::parseAsAttribute(const UnicodeString& data) {
             }
         } else {
             // Unquoted: the text is read again as the start of the next name.
-            value = bogusString();
+            value = ZkBogusString::getBogusString();
         }
         result.emplace(std::move(name), std::move(value));
     }
