@@ -23,6 +23,12 @@
 // text
 #include "zkcommon/text/util.h"
 
+// io
+#include "zkcommon/io/fwd.h"
+#include "zkcommon/io/icuistream.h"
+#include "zkcommon/io/rqcstream.h"
+#include "zkcommon/io/uri.h"
+
 // dom
 #include "zkcommon/dom/attr.h"
 #include "zkcommon/dom/document.h"
