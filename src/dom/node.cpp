@@ -34,6 +34,9 @@ ZkNode::ZkNode(ZkDocument* ownerDocument)
       m_ownerDocument(ownerDocument) {}
 
 ZkNode::~ZkNode() {
+    // The common case: a node released by its parent's teardown has already lost its children.
+    if (!m_lastChild)
+        return;
     // Children's destructors must not call each other down the tree: a million-deep chain would
     // exhaust the stack. The walk visits each node before and after its children; at the post
     // visit the children have already lost their own children, so releasing them is shallow.
