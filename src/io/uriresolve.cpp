@@ -12,29 +12,73 @@ constexpr ZkUri::URISTRTYPE kPathAsIs = static_cast<ZkUri::URISTRTYPE>(5);
 
 // True when [start, start + length) of `text` is exactly `word`.
 bool regionEquals(const UnicodeString& text, int32_t start, int32_t length, const char16_t* word) {
-    UnicodeString expected(word);
-    return length == expected.length() && start >= 0 && start + length <= text.length() &&
-           text.compare(start, length, expected) == 0;
+    if (start < 0 || length < 0 || start + length > text.length())
+        return false;
+    int32_t i = 0;
+    for (; i < length && word[i]; ++i) {
+        if (text.charAt(start + i) != word[i])
+            return false;
+    }
+    return i == length && word[i] == 0;
 }
 
-// Removes "/./" and then "/../" with the segment before it, from the left. A "/.." with no
-// segment before it (or one that is itself "..") stays: nothing is invented above the root.
+// Removes "/./", and each "/../" with the segment before it, from the left, in one pass over
+// the segments. A "/.." with no segment before it (or one that is itself ".." or empty) stays:
+// nothing is invented above the root. A first segment without a slash before it ("./a") is
+// left for the caller.
 void normalizePath(UnicodeString& path) {
-    // A final "/." or "/.." names the directory itself, as if a "/" followed.
-    if (path.endsWith(u"/.") || path.endsWith(u"/..") || path == u"." || path == u"..")
-        path.append(u'/');
-    for (int32_t i; (i = path.indexOf(u"/./")) >= 0;)
-        path.replace(i, 3, u"/");
-    int32_t from = 0;
-    for (int32_t i; (i = path.indexOf(u"/../", from)) >= 0;) {
-        int32_t segmentStart = i > 0 ? path.lastIndexOf(u'/', 0, i) + 1 : 0;
-        if (i == 0 || i == segmentStart ||
-            regionEquals(path, segmentStart, i - segmentStart, u"..")) {
-            from = i + 1;
-            continue;
+    int32_t length = path.length();
+    if (length == 0)
+        return;
+    const char16_t* chars = path.getBuffer();
+    auto isDot = [chars](int32_t start, int32_t limit) {
+        return limit - start == 1 && chars[start] == u'.';
+    };
+    auto isDotDot = [chars](int32_t start, int32_t limit) {
+        return limit - start == 2 && chars[start] == u'.' && chars[start + 1] == u'.';
+    };
+    UnicodeString out;
+    out.getBuffer(length + 1);
+    out.releaseBuffer(0);
+    for (int32_t start = 0, index = 0;; ++index) {
+        int32_t limit = start;
+        while (limit < length && chars[limit] != u'/')
+            ++limit;
+        // A final "." or ".." names the directory itself, as if a "/" followed.
+        const bool slashAfter = limit < length || (index > 0 && (isDot(start, limit) ||
+                                                                 isDotDot(start, limit)));
+        bool keep = true;
+        if (index > 0 && slashAfter && isDot(start, limit)) {
+            keep = false;
+        } else if (index > 0 && slashAfter && isDotDot(start, limit)) {
+            int32_t outLength = out.length();
+            int32_t previousStart = out.lastIndexOf(u'/', 0, outLength - 1) + 1;
+            int32_t previousLength = outLength - 1 - previousStart;
+            bool previousIsDotDot = previousLength == 2 && out.charAt(previousStart) == u'.' &&
+                                    out.charAt(previousStart + 1) == u'.';
+            if (previousLength > 0 && !previousIsDotDot) {
+                out.truncate(previousStart);
+                keep = false;
+            }
         }
-        path.remove(segmentStart, i + 4 - segmentStart);
-        from = segmentStart > 0 ? segmentStart - 1 : 0;
+        if (keep) {
+            out.append(chars + start, limit - start);
+            if (slashAfter)
+                out.append(u'/');
+        }
+        if (limit >= length)
+            break;
+        start = limit + 1;
+    }
+    path = out;
+}
+
+// ASCII lower case for the scheme: schemes are ASCII, and most arrive in lower case already.
+void lowerAsciiPrefix(UnicodeString& text, int32_t limit) {
+    for (int32_t i = 0; i < limit; ++i) {
+        char16_t c = text.charAt(i);
+        if (c >= u'A' && c <= u'Z')
+            text.setCharAt(i, static_cast<char16_t>(c + (u'a' - u'A')));
     }
 }
 
@@ -190,11 +234,8 @@ UnicodeString detail::resolveUriReference(const UnicodeString& base,
     if (baseSharp >= 0)
         work.truncate(baseSharp);
     int32_t schemeLimit = uriSchemeLimit(work);
-    if (schemeLimit > 0) {
-        UnicodeString scheme(work, 0, schemeLimit);
-        scheme.toLower(Locale::getRoot());
-        work.replace(0, schemeLimit, scheme);
-    }
+    if (schemeLimit > 0)
+        lowerAsciiPrefix(work, schemeLimit);
     if (work.indexOf(u'/') < 0)
         work.insert(0, u"./");
 
@@ -217,7 +258,11 @@ UnicodeString detail::resolveUriReference(const UnicodeString& base,
     if (networkReference || reference.startsWith(u"/")) {
         path = reference;
     } else {
-        if (path.endsWith(u"/.") || path.endsWith(u"/.."))
+        int32_t pathLength = path.length();
+        if ((pathLength >= 2 && path.charAt(pathLength - 1) == u'.' &&
+             path.charAt(pathLength - 2) == u'/') ||
+            (pathLength >= 3 && path.charAt(pathLength - 1) == u'.' &&
+             path.charAt(pathLength - 2) == u'.' && path.charAt(pathLength - 3) == u'/'))
             path.append(u'/');
         int32_t slash = path.lastIndexOf(u'/');
         path.truncate(slash + 1);
@@ -233,12 +278,15 @@ UnicodeString detail::resolveUriReference(const UnicodeString& base,
     }
     normalizePath(path);
 
-    UnicodeString result = host + path;
+    UnicodeString result;
+    result.getBuffer(host.length() + path.length() + queryText.length() + fragment.length());
+    result.releaseBuffer(0);
+    result.append(host).append(path);
     if (!uriStartsWith(host, 0, "file:"))
         result.append(queryText);
-    if (result.startsWith(u"./"))
+    if (result.length() >= 2 && result.charAt(0) == u'.' && result.charAt(1) == u'/')
         result.remove(0, 2);
-    return result + fragment;
+    return result.append(fragment);
 }
 
 UnicodeString ZkUri::getRelativeUri(const UnicodeString& base) const {
