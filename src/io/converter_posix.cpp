@@ -75,27 +75,32 @@ public:
     size_t convert(const char* source, size_t length, std::string& target, bool flush) override {
         char* in = const_cast<char*>(source);
         size_t inLeft = length;
-        char chunk[4096];
+        // Converted straight into the target: two output bytes per input byte cover the common
+        // cases, and the loop grows the room when an encoding needs more.
+        size_t used = target.size();
+        target.resize(used + length * 2 + 16);
         while (inLeft > 0) {
-            char* out = chunk;
-            size_t outLeft = sizeof(chunk);
+            char* out = &target[used];
+            size_t outLeft = target.size() - used;
             size_t result = ::iconv(m_handle, &in, &inLeft, &out, &outLeft);
             int error = errno;
-            target.append(chunk, sizeof(chunk) - outLeft);
+            used = target.size() - outLeft;
             if (result != static_cast<size_t>(-1))
                 continue;
-            if (error == E2BIG)
-                continue;
-            if (error == EINVAL && !flush)
-                break; // an incomplete sequence waits for more input
-            if (error == EILSEQ || error == EINVAL) {
-                skipBadInput(in, inLeft, target);
+            if (error == E2BIG) {
+                target.resize(target.size() + inLeft * 4 + 64);
                 continue;
             }
-            // Anything else is unexpected: give up the rest rather than loop.
+            if (error == EINVAL && !flush)
+                break; // an incomplete sequence waits for more input
+            target.resize(used);
             skipBadInput(in, inLeft, target);
+            used = target.size();
+            target.resize(used + inLeft * 2 + 16);
         }
+        target.resize(used);
         if (flush) {
+            char chunk[64];
             char* out = chunk;
             size_t outLeft = sizeof(chunk);
             ::iconv(m_handle, nullptr, nullptr, &out, &outLeft);
