@@ -1,0 +1,574 @@
+// Tests of ZkValue: layout, construction and tags, predicates, conversions, printing, lists
+// and compounds; of ZkNamedValue, ZkValueArray, ZkBool, ZkInt and ZkName from a value.
+#include "zkcommon/values/value.h"
+
+#include "zkcommon/text/util.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+using namespace ZkCommonNS;
+
+namespace {
+
+std::string utf8(const UnicodeString& text)
+{
+    std::string s;
+    return text.toUTF8String(s);
+}
+
+// An object that says when it dies.
+class Probe : public ZkRCObject {
+    ZK_DECLARE_TYPE(Probe, ZkRCObject, 0x12345678u, "Probe")
+public:
+    explicit Probe(bool* dead) : m_dead(dead) {}
+    ~Probe() override { *m_dead = true; }
+
+private:
+    bool* m_dead;
+};
+
+} // namespace
+
+static_assert(sizeof(ZkValue) == 16, "two machine words");
+static_assert(ZkValue::bitfield(ValueName, UnitName) == 187, "the tag of a name");
+
+TEST(ZkValue, ConstructorsSetTypeAndUnit)
+{
+    struct Case {
+        const char* what;
+        ZkValue value;
+        ZkValueType type;
+        ZkUnitType unit;
+    } cases[] = {
+        {"null", ZkValue(), ValueNull, UnitNone},
+        {"int", ZkValue(5), ValueInteger, UnitNumber},
+        {"unsigned", ZkValue(5u), ValueInteger, UnitNumber},
+        {"long", ZkValue(5L), ValueInteger, UnitNumber},
+        {"int unit", ZkValue(5, UnitPx), ValueInteger, UnitPx},
+        {"float", ZkValue(1.5f, UnitCm), ValueReal, UnitCm},
+        {"double", ZkValue(1.5, UnitMm), ValueReal, UnitMm},
+        {"length", ZkValue(ZkLength(3)), ValueReal, UnitPt},
+        {"name", ZkValue(ZkName(ZKN_auto)), ValueName, UnitName},
+        {"name enum", ZkValue(ZKN_auto), ValueName, UnitName},
+        {"bool", ZkValue(true), ValueName, UnitName},
+        {"string", ZkValue(UnicodeString(u"x"), UnitLiteral), ValueString, UnitLiteral},
+        {"u16", ZkValue(u"x"), ValueString, UnitNone},
+        {"utf8", ZkValue("x", UnitUri), ValueString, UnitUri},
+        {"array", ZkValue(new ZkValueArray()), ValueArray, UnitNone},
+        {"map", ZkValue(new ZkNamedValueMap()), ValueCompound, UnitNone},
+        {"null object", ZkValue(static_cast<ZkRCObject*>(nullptr)), ValueNull, UnitNone},
+        {"null array", ZkValue(static_cast<ZkValueArray*>(nullptr)), ValueNull, UnitNone},
+    };
+    for (const Case& k : cases) {
+        SCOPED_TRACE(k.what);
+        EXPECT_EQ(k.value.getValueType(), k.type);
+        EXPECT_EQ(k.value.getUnitType(), k.unit);
+    }
+}
+
+TEST(ZkValue, BoolIsAName)
+{
+    EXPECT_EQ(ZkValue(true).getNameValue(), ZkName(ZKN_true));
+    EXPECT_EQ(ZkValue(false).getNameValue(), ZkName(ZKN_false));
+    EXPECT_TRUE(ZkValue(true).isTrue());
+    EXPECT_TRUE(ZkValue(ZKN_yes).isTrue());
+    EXPECT_TRUE(ZkValue(false).isFalse());
+    EXPECT_TRUE(ZkValue(ZKN_no).isFalse());
+    EXPECT_FALSE(ZkValue(1).isTrue());
+    EXPECT_FALSE(ZkValue(u"true").isTrue());
+    EXPECT_TRUE(ZkValue::isTrue(ZKN_yes));
+    EXPECT_FALSE(ZkValue::isTrue(ZKN_no));
+}
+
+TEST(ZkValue, CopyAndMoveFollowOwnership)
+{
+    ZkValue text(UnicodeString(u"abc"));
+    ZkValue copy(text);
+    EXPECT_EQ(copy.toString(), UnicodeString(u"abc"));
+    ZkValue moved(std::move(copy));
+    EXPECT_TRUE(copy.isNull()); // NOLINT: the moved-from value is Null by contract
+    EXPECT_EQ(moved.toString(), UnicodeString(u"abc"));
+    ZkValue assigned;
+    assigned = moved;
+    assigned = assigned;
+    EXPECT_EQ(assigned.toString(), UnicodeString(u"abc"));
+    assigned.clear();
+    EXPECT_TRUE(assigned.isNull());
+
+    bool dead = false;
+    {
+        ZkValue object(new Probe(&dead));
+        EXPECT_EQ(object.getRCObject()->getRefCount(), 1);
+        ZkValue second(object);
+        EXPECT_EQ(object.getRCObject()->getRefCount(), 2);
+        EXPECT_EQ(second.toString(), UnicodeString(u"##Probe"));
+        object = ZkValue(7);
+        EXPECT_FALSE(dead);
+    }
+    EXPECT_TRUE(dead);
+}
+
+TEST(ZkValue, AssigningAnItemOfItsOwnArray)
+{
+    ZkValue list;
+    list.addItem(ZkValue(u"first"));
+    list.addItem(ZkValue(u"second"));
+    const ZkValue& inside = list.getValueArray()->itemRef(1);
+    list = inside; // the array dies during the assignment
+    EXPECT_EQ(list.toString(), UnicodeString(u"second"));
+}
+
+TEST(ZkValue, Predicates)
+{
+    ZkValue character(0x41, UnitChar);
+    EXPECT_TRUE(character.isNumeric());
+    EXPECT_FALSE(character.isNumericalValue());
+    EXPECT_TRUE(character.isCharacter());
+    EXPECT_EQ(character.getCharacterValue(), 0x41);
+    EXPECT_EQ(ZkValue(5).getCharacterValue(), -1);
+    EXPECT_TRUE(ZkValue(5).isNumber());
+    EXPECT_FALSE(ZkValue(5).isUnitNumber());
+    EXPECT_TRUE(ZkValue(5, UnitPx).isUnitNumber());
+    EXPECT_TRUE(ZkValue(5, UnitPercent).isNumberOrPercentage());
+    EXPECT_TRUE(ZkValue(5, UnitPercent2).isPercentage());
+    EXPECT_FALSE(ZkValue(5, UnitPx).isNumberOrPercentage());
+    for (int u : {6, 7, 8, 9, 10, 11, 12, 26, 27, 29, 50, 51}) {
+        SCOPED_TRACE(u);
+        EXPECT_TRUE(ZkValue(1.0f, static_cast<ZkUnitType>(u)).isAbsoluteLength());
+        EXPECT_FALSE(ZkValue(1.0f, static_cast<ZkUnitType>(u)).isRelativeLength());
+    }
+    for (int u : {3, 4, 5, 32, 40, 47, 52, 53, 54}) {
+        SCOPED_TRACE(u);
+        EXPECT_TRUE(ZkValue(1.0f, static_cast<ZkUnitType>(u)).isRelativeLength());
+        EXPECT_FALSE(ZkValue(1.0f, static_cast<ZkUnitType>(u)).isAbsoluteLength());
+    }
+    EXPECT_FALSE(ZkValue(1.0f, UnitDpcm).isRelativeLength());
+    EXPECT_TRUE(ZkValue(1.0f, UnitGrad).isAngle());
+    EXPECT_FALSE(ZkValue(1.0f, UnitMs).isAngle());
+    EXPECT_TRUE(ZkValue(0xFF0000, UnitColor).isColor());
+    EXPECT_FALSE(ZkValue(u"red", UnitColor).isColor());
+    EXPECT_TRUE(ZkValue(u"x", UnitLiteral).isLiteralString());
+    EXPECT_TRUE(ZkValue(u"x", UnitUri).isUriString());
+    EXPECT_TRUE(ZkValue(u"x").isUnknownString());
+    EXPECT_TRUE(ZkValue(-1.0f, UnitPt).isNegativeValue());
+    EXPECT_FALSE(ZkValue(-1, UnitChar).isNegativeValue());
+    EXPECT_TRUE(ZkValue(0).isNumberZero());
+    EXPECT_TRUE(ZkValue(0.0f).isNumberZero());
+    EXPECT_FALSE(ZkValue(0.0f, UnitPt).isNumberZero());
+}
+
+TEST(ZkValue, Emptiness)
+{
+    EXPECT_TRUE(ZkValue().isEmpty());
+    EXPECT_TRUE(ZkValue(ZKN_EMPTY).isEmpty());
+    EXPECT_TRUE(ZkValue(u"").isEmpty());
+    EXPECT_FALSE(ZkValue(u" ").isEmpty());
+    EXPECT_FALSE(ZkValue(0).isEmpty());
+    EXPECT_FALSE(ZkValue(new ZkValueArray()).isEmpty());
+}
+
+TEST(ZkValue, ContainersAndObjects)
+{
+    ZkValue array(new ZkValueArray());
+    EXPECT_TRUE(array.isArray());
+    EXPECT_TRUE(array.isRCObject());
+    EXPECT_NE(array.getValueArray(), nullptr);
+    EXPECT_EQ(array.getNamedValueMap(), nullptr);
+    EXPECT_EQ(array.getArrayCount(), 0);
+    ZkValue map(new ZkNamedValueMap());
+    EXPECT_TRUE(map.isCompound());
+    EXPECT_NE(map.getNamedValueMap(), nullptr);
+    EXPECT_EQ(map.getValueArray(), nullptr);
+    EXPECT_EQ(ZkValue(5).getRCObject(), nullptr);
+    EXPECT_EQ(ZkValue().getArrayCount(), 0);
+    EXPECT_EQ(ZkValue(5).getArrayCount(), 1);
+    // An Array tag without a pointer is no array.
+    ZkValue hollow;
+    hollow.setValueUnitType(ValueArray);
+    EXPECT_FALSE(hollow.isArray());
+    EXPECT_FALSE(hollow.isRCObject());
+    EXPECT_EQ(hollow.getArrayCount(), 1);
+    EXPECT_EQ(hollow.toString(), UnicodeString());
+}
+
+TEST(ZkValue, TagAccessors)
+{
+    ZkValue value(3, UnitPx);
+    value.setUnitType(UnitEm);
+    EXPECT_EQ(value.getUnitType(), UnitEm);
+    EXPECT_EQ(value.getValueType(), ValueInteger);
+    value.setValueUnitType(ValueInteger, UnitPt);
+    EXPECT_EQ(value.getUnitType(), UnitPt);
+    value.setRealValue(2.5f, UnitCm);
+    EXPECT_TRUE(value.isReal());
+    EXPECT_EQ(value.getRealValue(UnitCm), 2.5f);
+    value.setValueUnitType(ValueInteger);
+    EXPECT_EQ(value.getUnitType(), UnitNone);
+    value.setValueUnitType();
+    EXPECT_TRUE(value.isNull());
+}
+
+TEST(ZkValue, IntegerConversion)
+{
+    EXPECT_EQ(ZkValue(7).getIntegerValue(0), 7);
+    EXPECT_EQ(ZkValue(2.5f).getIntegerValue(0), 3);
+    EXPECT_EQ(ZkValue(-2.5f).getIntegerValue(0), -2);
+    EXPECT_EQ(ZkValue(1e20f).getIntegerValue(0), 2147483647);
+    EXPECT_EQ(ZkValue(-1e20f).getIntegerValue(0), std::numeric_limits<int>::min());
+    EXPECT_EQ(ZkValue(std::nanf("")).getIntegerValue(-9), -9);
+    EXPECT_EQ(ZkValue(u"12").getIntegerValue(-1), -1);
+    EXPECT_EQ(ZkValue(3.7f, UnitCm).getIntegerValue(0), 4);
+}
+
+TEST(ZkValue, RealValueConversions)
+{
+    struct Case {
+        ZkValue value;
+        ZkUnitType target;
+        float expected; // NaN: no conversion
+    } cases[] = {
+        {ZkValue(2.0f, UnitCm), UnitCm, 2.0f},
+        {ZkValue(2.0f, UnitCm), UnitNone, 2.0f},
+        {ZkValue(50, UnitPercent), UnitNumber, 0.5f},
+        {ZkValue(50, UnitPercent2), UnitNumber, 0.5f},
+        {ZkValue(96.0f, UnitDpi), UnitNumber, 96.0f},
+        {ZkValue(10.0f, UnitDpcm), UnitNumber, 25.4f},
+        {ZkValue(0.5f), UnitPercent, 50.0f},
+        {ZkValue(0.5f), UnitPercent2, 50.0f},
+        {ZkValue(1.0f, UnitIn), UnitPt, 72.0f},
+        {ZkValue(1.0f, UnitIn), UnitMm, 25.4f},
+        {ZkValue(2.0f), UnitDeg, 2.0f},
+        {ZkValue(1.0f, UnitRad), UnitDeg, 57.29578f},
+        {ZkValue(100.0f, UnitGrad), UnitDeg, 90.0f},
+        {ZkValue(180.0f, UnitDeg), UnitRad, 3.1415925f},
+        {ZkValue(100.0f, UnitGrad), UnitRad, 1.5707964f},
+        {ZkValue(90.0f, UnitDeg), UnitGrad, 1.5707963f},
+        {ZkValue(1.0f, UnitRad), UnitGrad, 63.661976f},
+        {ZkValue(2.0f, UnitS), UnitMs, 2000.0f},
+        {ZkValue(500.0f, UnitMs), UnitS, 0.5f},
+        {ZkValue(2.0f, UnitKHz), UnitHz, 2000.0f},
+        {ZkValue(500.0f, UnitHz), UnitKHz, 0.5f},
+        {ZkValue(300.0f), UnitDpi, 300.0f},
+        {ZkValue(10.0f, UnitDpcm), UnitDpi, 25.4f},
+        {ZkValue(25.4f), UnitDpcm, 10.0f},
+        {ZkValue(25.4f, UnitDpi), UnitDpcm, 10.0f},
+        {ZkValue(1.0f, UnitPx), UnitPt, std::nanf("")},
+        {ZkValue(1.0f, UnitCm), UnitDeg, std::nanf("")},
+        {ZkValue(1.0f, UnitEm), UnitPercent, std::nanf("")},
+        {ZkValue(u"3"), UnitNumber, std::nanf("")},
+        {ZkValue(), UnitNone, std::nanf("")},
+    };
+    int index = 0;
+    for (const Case& k : cases) {
+        SCOPED_TRACE(index++);
+        float actual = k.value.getRealValue(k.target);
+        if (std::isnan(k.expected))
+            EXPECT_TRUE(std::isnan(actual)) << actual;
+        else
+            EXPECT_FLOAT_EQ(actual, k.expected);
+    }
+}
+
+TEST(ZkValue, LengthConversion)
+{
+    EXPECT_EQ(static_cast<float>(ZkValue(3.0f, UnitPt).getLengthValue()), 3.0f);
+    EXPECT_EQ(static_cast<float>(ZkValue(1, UnitIn).getLengthValue()), 72.0f);
+    EXPECT_TRUE(ZkValue(0).getLengthValue(false).isAuto());
+    EXPECT_TRUE(ZkValue(0).getLengthValue(true).isZero());
+    EXPECT_TRUE(ZkValue(1).getLengthValue(true).isAuto());
+    EXPECT_TRUE(ZkValue(1.0f, UnitEm).getLengthValue(true).isAuto());
+    EXPECT_TRUE(ZkValue(u"1pt").getLengthValue().isAuto());
+
+    ZkValue range;
+    range.setNamedItem(ZkName(ZKN_minimum), ZkValue(1.0f, UnitPt));
+    range.setNamedItem(ZkName(ZKN_optimum), ZkValue(2.0f, UnitPt));
+    EXPECT_EQ(static_cast<float>(range.getLengthValue()), 2.0f);
+    range.setNamedItem(ZkName(), ZkValue(3.0f, UnitPt));
+    EXPECT_EQ(static_cast<float>(range.getLengthValue()), 3.0f);
+    range.setNamedItem(ZkName(ZKN_length), ZkValue(4.0f, UnitPt));
+    EXPECT_EQ(static_cast<float>(range.getLengthValue()), 4.0f);
+    ZkValue noLength;
+    noLength.setNamedItem(ZkName(ZKN_minimum), ZkValue(1.0f, UnitPt));
+    EXPECT_TRUE(noLength.getLengthValue().isAuto());
+    ZkValue hollow;
+    hollow.setValueUnitType(ValueCompound);
+    EXPECT_TRUE(hollow.getLengthValue().isAuto());
+}
+
+TEST(ZkValue, NamesAndStrings)
+{
+    ZkValue name(ZKN_auto);
+    EXPECT_EQ(name.getNameValue(), ZkName(ZKN_auto));
+    EXPECT_EQ(name.getStringValue(), UnicodeString(u"auto"));
+    EXPECT_EQ(name.toZkName(), ZkName(ZKN_auto));
+    EXPECT_TRUE(ZkValue(5).getNameValue().isEmpty());
+    EXPECT_EQ(ZkValue(5, UnitPx).toZkName().toString(), UnicodeString(u"5px"));
+    EXPECT_EQ(ZkValue(ZkName(UnicodeString(u"Bold"))).getLowerNameValue(), ZkName(ZKN_bold));
+    EXPECT_TRUE(ZkValue(u"Bold").getLowerNameValue().isEmpty());
+    EXPECT_EQ(ZkValue(u"text").getStringValue(), UnicodeString(u"text"));
+    EXPECT_TRUE(ZkValue(5).getStringValue().isEmpty());
+    EXPECT_EQ(UnicodeString(ZkValue(u"x")), UnicodeString(u"x"));
+}
+
+TEST(ZkValue, NameFromAValue)
+{
+    EXPECT_EQ(ZkName(ZkValue(ZKN_auto)), ZkName(ZKN_auto));
+    EXPECT_EQ(ZkName(ZkValue(u"auto")), ZkName(ZKN_auto));
+    EXPECT_EQ(ZkName(ZkValue(12, UnitPt)).toString(), UnicodeString(u"12pt"));
+    EXPECT_TRUE(ZkName(ZkValue()).isEmpty());
+}
+
+TEST(ZkValue, ToStringForms)
+{
+    struct Case {
+        ZkValue value;
+        const char16_t* expected;
+    } cases[] = {
+        {ZkValue(), u""},
+        {ZkValue(12), u"12"},
+        {ZkValue(-3, UnitPx), u"-3px"},
+        {ZkValue(50, UnitPercent2), u"50%"},
+        {ZkValue(0x3042, UnitChar), u"\u3042"},
+        {ZkValue(0x1F600, UnitChar), u"\U0001F600"},
+        {ZkValue(1.5f, UnitCm), u"1.5cm"},
+        {ZkValue(0.1f), u"0.1"},
+        {ZkValue(1234567.0f, UnitPt), u"1.23457e+06pt"},
+        {ZkValue(std::nanf(""), UnitPt), u"nan"},
+        {ZkValue(2.0f, UnitLength2), u"2"},
+        {ZkValue(ZKN_auto), u"auto"},
+        {ZkValue(u"quoted", UnitLiteral), u"quoted"},
+        {ZkValue(0x00FF80, UnitColor), u"#00FF80"},
+    };
+    int index = 0;
+    for (const Case& k : cases) {
+        SCOPED_TRACE(index++);
+        EXPECT_EQ(utf8(k.value.toString()), utf8(UnicodeString(k.expected)));
+    }
+    EXPECT_EQ(ZkValue(u"MiXed").toString(true), UnicodeString(u"mixed"));
+    EXPECT_EQ(ZkValue(u"MiXed").toString(false), UnicodeString(u"MiXed"));
+}
+
+TEST(ZkValue, ListAndCompoundPrinting)
+{
+    ZkValue list;
+    list.addItem(ZkValue(1.0f, UnitPt));
+    list.addItem(ZkValue(u"a b", UnitLiteral));
+    list.addItem(ZkValue(u"x.png", UnitUri));
+    list.addItem(ZkValue(ZKN_auto));
+    EXPECT_EQ(utf8(list.toString()), "1pt \"a b\" url(\"x.png\") auto");
+
+    ZkValue compound;
+    compound.setNamedItem(ZkName(), ZkValue(1.0f, UnitPt));
+    compound.setNamedItem(ZkName(ZKN_optimum), ZkValue(u"it's"));
+    compound.setNamedItem(ZkName(ZKN_minimum), ZkValue());
+    EXPECT_EQ(utf8(compound.toString()), "{.: 1pt; optimum: \"it's\"}");
+    ZkValue hollow;
+    hollow.setValueUnitType(ValueCompound);
+    EXPECT_EQ(hollow.toString(), UnicodeString());
+}
+
+TEST(ZkValue, QuotedForms)
+{
+    ZkValue literal(u"a'b", UnitLiteral);
+    ZkValue uri(u"a\"b.png", UnitUri);
+    ZkValue unknown(u"plain");
+    EXPECT_EQ(utf8(literal.toQuotedString(ZkUtil::QUOTE_XSL)), "\"a'b\"");
+    EXPECT_EQ(utf8(unknown.toQuotedString(ZkUtil::QUOTE_XSL)), "plain");
+    EXPECT_EQ(utf8(uri.toUrlString(ZkUtil::QUOTE_XSL)), "url('a\"b.png')");
+    EXPECT_EQ(utf8(unknown.toUrlString(ZkUtil::QUOTE_XSL)), "\"plain\"");
+    EXPECT_EQ(utf8(uri.toValueText(true, false)), "url(\"a%22b.png\")");
+    EXPECT_EQ(utf8(literal.toValueText(false, false)), "\"a'b\"");
+    EXPECT_EQ(utf8(ZkValue(u"a\nb", UnitLiteral).toCssText()), "\"a\\A b\"");
+    EXPECT_EQ(utf8(unknown.toValueText(false, false)), "plain");
+    EXPECT_EQ(utf8(unknown.toValueText(false, true)), "\"plain\"");
+    EXPECT_EQ(utf8(ZkValue(3, UnitPx).toValueText(true, true)), "3px");
+}
+
+TEST(ZkValue, AddItemOnNullSharesTheArray)
+{
+    // The first addItem takes the value itself, so an array given to it stays shared.
+    ZkValue inner;
+    inner.addItem(ZkValue(1));
+    inner.addItem(ZkValue(2));
+    ZkValue outer;
+    outer.addItem(inner);
+    EXPECT_EQ(outer.getValueArray(), inner.getValueArray());
+}
+
+TEST(ZkValue, AddItemMakesAListFromTheSecondItem)
+{
+    ZkValue value;
+    value.addItem(ZkValue(1));
+    EXPECT_TRUE(value.isInteger());
+    EXPECT_EQ(value.getArrayCount(), 1);
+    value.addItem(ZkValue(2));
+    EXPECT_TRUE(value.isArray());
+    EXPECT_EQ(value.getArrayCount(), 2);
+    EXPECT_EQ(value.getNthItem(1), ZkValue(2));
+    EXPECT_TRUE(value.getNthItem(2).isNull());
+    EXPECT_TRUE(value.getNthItem(-1).isNull());
+    ZkValue scalar(5);
+    EXPECT_EQ(scalar.getNthItem(0), scalar);
+    EXPECT_TRUE(scalar.getNthItem(1).isNull());
+}
+
+TEST(ZkValue, MakeArrayAndCompound)
+{
+    ZkValue value(3);
+    value.makeArray();
+    EXPECT_TRUE(value.isArray());
+    EXPECT_EQ(value.getArrayCount(), 1);
+    ZkValueArray* array = value.getValueArray();
+    value.makeArray();
+    EXPECT_EQ(value.getValueArray(), array);
+    ZkValue empty;
+    empty.makeArray();
+    EXPECT_TRUE(empty.isArray());
+    EXPECT_EQ(empty.getArrayCount(), 0);
+
+    ZkValue compound(2.0f, UnitPt);
+    compound.makeCompound();
+    EXPECT_TRUE(compound.isCompound());
+    EXPECT_EQ(compound.getNamedItem(ZkName()), ZkValue(2.0f, UnitPt));
+    EXPECT_TRUE(compound.getNamedItem(ZkName(ZKN_length)).isNull());
+    ZkValue scalar(4);
+    EXPECT_EQ(scalar.getNamedItem(ZkName()), scalar);
+    EXPECT_TRUE(scalar.getNamedItem(ZkName(ZKN_length)).isNull());
+}
+
+TEST(ZkValue, RemoveNamedItemCollapses)
+{
+    ZkValue value(1.0f, UnitPt);
+    value.setNamedItem(ZkName(ZKN_minimum), ZkValue(0.5f, UnitPt));
+    EXPECT_TRUE(value.isCompound());
+    value.removeNamedItem(ZkName(ZKN_minimum), true);
+    EXPECT_TRUE(value.isReal());
+    EXPECT_EQ(value, ZkValue(1.0f, UnitPt));
+
+    ZkValue other;
+    other.setNamedItem(ZkName(ZKN_minimum), ZkValue(1));
+    other.setNamedItem(ZkName(ZKN_maximum), ZkValue(2));
+    other.removeNamedItem(ZkName(ZKN_minimum), true);
+    EXPECT_TRUE(other.isNull());
+
+    ZkValue kept;
+    kept.setNamedItem(ZkName(ZKN_minimum), ZkValue(1));
+    kept.setNamedItem(ZkName(ZKN_maximum), ZkValue(2));
+    kept.removeNamedItem(ZkName(ZKN_minimum), false);
+    EXPECT_TRUE(kept.isCompound());
+    ZkValue scalar(3);
+    scalar.removeNamedItem(ZkName(), true);
+    EXPECT_EQ(scalar, ZkValue(3));
+}
+
+TEST(ZkValue, CloneOwnsFreshContainers)
+{
+    ZkValue inner;
+    inner.addItem(ZkValue(1));
+    inner.addItem(ZkValue(2));
+    ZkValue outer;
+    outer.makeArray();
+    outer.addItem(inner);
+    outer.addItem(ZkValue(3));
+    ZkValue copy = outer.clone();
+    EXPECT_NE(copy.getValueArray(), outer.getValueArray());
+    EXPECT_EQ(copy.getNthItem(0).getValueArray(), inner.getValueArray());
+    copy.addItem(ZkValue(4));
+    EXPECT_EQ(outer.getArrayCount(), 2);
+    EXPECT_EQ(copy.getArrayCount(), 3);
+    ZkValue plain(u"x");
+    EXPECT_EQ(plain.clone(), plain);
+}
+
+TEST(ZkNamedValue, NameBitsTravelWithTheValue)
+{
+    ZkNamedValue named(ZkValue(5, UnitPx), ZkName(ZKN_width));
+    EXPECT_EQ(named.getName(), ZkName(ZKN_width));
+    EXPECT_EQ(named.getUnitType(), UnitPx);
+    EXPECT_EQ(named.getIntegerValue(0), 5);
+    named.setValue(ZkValue(u"auto"));
+    EXPECT_EQ(named.getName(), ZkName(ZKN_width));
+    EXPECT_TRUE(named.isString());
+    named.setName(ZkName(ZKN_height));
+    EXPECT_EQ(named.getName(), ZkName(ZKN_height));
+    EXPECT_TRUE(named.isString());
+    ZkNamedValue copy(named);
+    EXPECT_EQ(copy.getName(), ZkName(ZKN_height));
+    EXPECT_TRUE(ZkNamedValue::NULL_VALUE.isNull());
+    EXPECT_TRUE(ZkNamedValue::NULL_VALUE.getName().isEmpty());
+    // A dynamic name far above the built-in ones fits the tag too.
+    ZkName dynamic(UnicodeString(u"zk-test-dynamic-name"));
+    named.setName(dynamic);
+    EXPECT_EQ(named.getName(), dynamic);
+}
+
+TEST(ZkValueArray, ItemsAndBounds)
+{
+    ZkPtr<ZkValueArray> array(new ZkValueArray());
+    array->addItem(ZkValue(1));
+    array->addItem(ZkValue(u"two"));
+    EXPECT_EQ(array->getCount(), 2);
+    EXPECT_EQ(array->item(1), ZkValue(u"two"));
+    EXPECT_EQ(array->getNthItem(0), ZkValue(1));
+    EXPECT_TRUE(array->item(-1).isNull());
+    EXPECT_TRUE(array->item(2).isNull());
+    array->setItem(0, ZkValue(9));
+    array->setItem(5, ZkValue(9));
+    EXPECT_EQ(array->item(0), ZkValue(9));
+    ZkPtr<ZkValueArray> copy = array->clone();
+    array->clear();
+    EXPECT_EQ(array->getCount(), 0);
+    EXPECT_EQ(copy->getCount(), 2);
+    EXPECT_TRUE(array->isA(ZkTypeID::kValueArray));
+    EXPECT_TRUE(array->isA(ZkTypeID::kRCObject));
+    EXPECT_EQ(array->getTypeID(), ZkValueArray::getStaticTypeID());
+    EXPECT_EQ(array->getTypeName(), UnicodeString(u"ZkValueArray"));
+}
+
+TEST(ZkBool, ThreeStates)
+{
+    ZkBool undefined;
+    EXPECT_TRUE(undefined.isUndef());
+    EXPECT_TRUE(undefined.isTrue(true));
+    EXPECT_FALSE(undefined.isTrue(false));
+    EXPECT_FALSE(undefined == false);
+    EXPECT_FALSE(undefined == true);
+    EXPECT_TRUE(undefined == ZkBool());
+    ZkBool yes(true);
+    EXPECT_FALSE(yes.isUndef());
+    EXPECT_TRUE(yes == true);
+    EXPECT_FALSE(yes.isTrue(false) == false);
+    EXPECT_FALSE(yes == ZkBool());
+    yes = false;
+    EXPECT_TRUE(yes == false);
+    yes.setUndef();
+    EXPECT_TRUE(yes.isUndef());
+}
+
+TEST(ZkInt, UndefinedPatternAndRawArithmetic)
+{
+    ZkInt value;
+    EXPECT_TRUE(value.isUndef());
+    EXPECT_EQ(static_cast<int>(value), std::numeric_limits<int>::min());
+    value = 5;
+    EXPECT_FALSE(value.isUndef());
+    value += 3;
+    value *= 2;
+    value -= 1;
+    value /= 3;
+    EXPECT_EQ(static_cast<int>(value), 5);
+    ++value;
+    value++;
+    --value;
+    EXPECT_EQ(static_cast<int>(value), 6);
+    EXPECT_EQ(static_cast<int>(-value), -6);
+    EXPECT_EQ(static_cast<int>(value + 1), 7);
+    value.setUndef();
+    // The arithmetic looks at the raw number only.
+    EXPECT_EQ(static_cast<int>(value + 1), std::numeric_limits<int>::min() + 1);
+    EXPECT_EQ(static_cast<int>(value - 1), std::numeric_limits<int>::max());
+}
