@@ -55,7 +55,8 @@ void Attr::setValue(const ZkValue& value) {
 // --- AttrNS -------------------------------------------------------------------------------------
 
 AttrNS::AttrNS(ZkDocument* ownerDocument, ZkName uri, ZkName prefix, ZkName local)
-    : Attr(ownerDocument, local), m_uri(uri), m_prefix(prefix) {}
+    : Attr(ownerDocument, local), m_uri(uri), m_prefix(prefix),
+      m_qname(ZkXmlUtil::makeQName(prefix, local)) {}
 
 AttrNS::~AttrNS() = default;
 
@@ -65,6 +66,11 @@ ZkName AttrNS::getNamespaceUri() const {
     return m_uri;
 }
 
-ZkName AttrNS::getNodeName() const { return ZkXmlUtil::makeQName(m_prefix, getLocalName()); }
+void AttrNS::setPrefix(ZkName prefix) {
+    if (prefix == m_prefix)
+        return;
+    m_prefix = prefix;
+    m_qname = ZkXmlUtil::makeQName(prefix, getLocalName());
+}
 
 } // namespace ZkCommonNS

@@ -235,6 +235,19 @@ Element::~Element() = default;
 
 ZkName Element::getNamespaceUri() const { return lookupNamespaceUri(m_prefix); }
 
+void Element::setPrefix(ZkName prefix) {
+    m_prefix = prefix;
+    m_qname = ZkName();
+}
+
+ZkName Element::getNodeName() const {
+    if (m_prefix.isEmpty())
+        return m_local;
+    if (m_qname.isEmpty())
+        m_qname = ZkXmlUtil::makeQName(m_prefix, m_local);
+    return m_qname;
+}
+
 ElementNS::ElementNS(ZkDocument* ownerDocument, ZkName uri, ZkName prefix, ZkName local)
     : Element(ownerDocument, prefix, local), m_uri(uri) {}
 ElementNS::~ElementNS() = default;

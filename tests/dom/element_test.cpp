@@ -402,3 +402,20 @@ TEST(Element, TenThousandAttributesAddAndFindQuickly) {
     EXPECT_EQ(f.e->getAttributes()->getCount(), count);
     EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count(), 1000);
 }
+
+TEST(Element, PrefixChangeRenames) {
+    ZkPtr<ZkDocument> doc(new ZkDocument());
+    ZkPtr<ZkElement> element = doc->createElement(ZkName(u"fo:block"));
+    EXPECT_EQ(element->getNodeName(), ZkName(u"fo:block"));
+    element->setPrefix(ZkName(u"x"));
+    EXPECT_EQ(element->getNodeName(), ZkName(u"x:block"));
+    element->setPrefix(ZkName());
+    EXPECT_EQ(element->getNodeName(), ZkName(u"block"));
+    EXPECT_EQ(element->getFOName(), ZkName(u"block"));
+
+    ZkPtr<ZkAttr> attr = doc->createAttributeNS(ZkName(u"urn:u"), ZkName(u"p"), ZkName(u"a"));
+    EXPECT_EQ(attr->getNodeName(), ZkName(u"p:a"));
+    attr->setPrefix(ZkName());
+    EXPECT_EQ(attr->getNodeName(), ZkName(u"a"));
+    EXPECT_EQ(attr->getNamespaceUri(), ZkName(u"urn:u"));
+}

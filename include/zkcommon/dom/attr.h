@@ -70,9 +70,9 @@ public:
     /// With a prefix and no stored URI, the URI declared for the prefix; else the stored one.
     ZkName getNamespaceUri() const override;
     ZkName getPrefix() const override { return m_prefix; }
-    void setPrefix(ZkName prefix) override { m_prefix = prefix; }
+    void setPrefix(ZkName prefix) override;
     /// "prefix:local", or the local name alone.
-    ZkName getNodeName() const override;
+    ZkName getNodeName() const override { return m_qname; }
 
 protected:
     ~AttrNS() override;
@@ -80,6 +80,8 @@ protected:
 private:
     ZkName m_uri;
     ZkName m_prefix;
+    // Interned once: the map keys on it at every add, rename and removal.
+    ZkName m_qname;
 };
 
 } // namespace ZkCommonNS

@@ -121,7 +121,9 @@ public:
 
     ZkName getLocalName() const override { return m_local; }
     ZkName getPrefix() const override { return m_prefix; }
-    void setPrefix(ZkName prefix) override { m_prefix = prefix; }
+    void setPrefix(ZkName prefix) override;
+    /// "prefix:local", or the local name alone.
+    ZkName getNodeName() const override;
     /// lookupNamespaceUri of the prefix.
     ZkName getNamespaceUri() const override;
 
@@ -131,6 +133,8 @@ protected:
 private:
     ZkName m_prefix;
     ZkName m_local;
+    // Interned on first use; empty until then (a qualified name is never empty for a prefix).
+    mutable ZkName m_qname;
 };
 
 /// An element with a stored namespace URI.
