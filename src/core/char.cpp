@@ -8,6 +8,25 @@ namespace ZkCommonNS {
 
 namespace {
 
+struct CodeRange {
+    UChar32 first;
+    UChar32 last;
+};
+
+// NameStartChar of XML 1.0 fifth edition without ":" (Namespaces in XML: NCName), below U+10000.
+constexpr CodeRange kNCNameStartRanges[] = {
+    {'A', 'Z'},         {'_', '_'},         {'a', 'z'},         {0xC0, 0xD6},
+    {0xD8, 0xF6},       {0xF8, 0x2FF},      {0x370, 0x37D},     {0x37F, 0x1FFF},
+    {0x200C, 0x200D},   {0x2070, 0x218F},   {0x2C00, 0x2FEF},   {0x3001, 0xD7FF},
+    {0xF900, 0xFDCF},   {0xFDF0, 0xFFFD},
+};
+
+// What NameChar adds to the start characters.
+constexpr CodeRange kNCNameExtraRanges[] = {
+    {'-', '.'}, {'0', '9'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040},
+};
+
+
 // Walks `s` by code point: the first one through `start`, the rest through `rest`.
 template <class StartTest, class RestTest>
 bool allCodePoints(const UnicodeString& s, StartTest start, RestTest rest)
@@ -74,8 +93,29 @@ bool isDoublingInseparable(UChar32 c) noexcept
 
 } // namespace
 
+// The bitmaps are built by the compiler, so the scanners' hot test is one load and a shift.
+constexpr ZkChar::NameBitmap ZkChar::buildNameBitmap()
+{
+    ZkChar::NameBitmap map{};
+    for (const CodeRange& range : kNCNameStartRanges) {
+        for (UChar32 c = range.first; c <= range.last; ++c) {
+            map.bits[0][c >> 5] |= uint32_t(1) << (c & 31);
+            map.bits[1][c >> 5] |= uint32_t(1) << (c & 31);
+        }
+    }
+    for (const CodeRange& range : kNCNameExtraRanges) {
+        for (UChar32 c = range.first; c <= range.last; ++c)
+            map.bits[1][c >> 5] |= uint32_t(1) << (c & 31);
+    }
+    return map;
+}
+
+const ZkChar::NameBitmap ZkChar::s_nameBitmap = buildNameBitmap();
+
 bool ZkChar::isNameStr(const UnicodeString& s)
 {
+    // Proves the bitmap a constant expression, hence initialised before any code runs.
+    static_assert(buildNameBitmap().bits[0]['A' >> 5] != 0, "name bitmap built at compile time");
     return allCodePoints(s, isNameStartChar, isNameChar);
 }
 

@@ -61,18 +61,9 @@ public:
             return c == 0x85;
         return isValidChar(c);
     }
-    static bool isNCNameStartChar(UChar32 c) noexcept {
-        if (c < 0x80)
-            return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
-        return isNCNameStartNonAscii(c);
-    }
-    static bool isNCNameChar(UChar32 c) noexcept {
-        if (c < 0x80)
-            return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
-                   (c >= '0' && c <= '9') || c == '-' || c == '.';
-        return c == 0xB7 || (c >= 0x300 && c <= 0x36F) || c == 0x203F || c == 0x2040 ||
-               isNCNameStartNonAscii(c);
-    }
+    /// A bitmap look-up below U+10000; all of U+10000 to U+EFFFF are name characters.
+    static bool isNCNameStartChar(UChar32 c) noexcept { return nameBit(0, c); }
+    static bool isNCNameChar(UChar32 c) noexcept { return nameBit(1, c); }
     static bool isNameStartChar(UChar32 c) noexcept { return c == ':' || isNCNameStartChar(c); }
     static bool isNameChar(UChar32 c) noexcept { return c == ':' || isNCNameChar(c); }
     /// As isNCNameChar, but never "-" (the minus of a CSS expression).
@@ -278,35 +269,15 @@ public:
     static bool isNoVerticalChar(UChar32 c) noexcept;
 
 private:
-    static bool isNCNameStartNonAscii(UChar32 c) noexcept {
-        if (c < 0xC0)
-            return false;
-        if (c <= 0x2FF)
-            return c != 0xD7 && c != 0xF7;
-        if (c < 0x370)
-            return false;
-        if (c <= 0x1FFF)
-            return c != 0x37E;
-        if (c < 0x2070)
-            return c == 0x200C || c == 0x200D;
-        if (c <= 0x218F)
-            return true;
-        if (c < 0x2C00)
-            return false;
-        if (c <= 0x2FEF)
-            return true;
-        if (c < 0x3001)
-            return false;
-        if (c <= 0xD7FF)
-            return true;
-        if (c < 0xF900)
-            return false;
-        if (c <= 0xFDCF)
-            return true;
-        if (c < 0xFDF0)
-            return false;
-        if (c <= 0xFFFD)
-            return true;
+    /// One bit per BMP code point: [0] NCName start characters, [1] NCName characters.
+    struct NameBitmap {
+        uint32_t bits[2][2048];
+    };
+    static const NameBitmap s_nameBitmap;
+    static constexpr NameBitmap buildNameBitmap();
+    static bool nameBit(int table, UChar32 c) noexcept {
+        if (static_cast<uint32_t>(c) < 0x10000)
+            return (s_nameBitmap.bits[table][c >> 5] >> (c & 31)) & 1;
         return c >= 0x10000 && c <= 0xEFFFF;
     }
 };
