@@ -1,21 +1,18 @@
 // URI resolution against libxml2's xmlBuildURI, and decoding Shift_JIS through ZkICUIStream and
 // ZkRQCIStream against plain iconv, on the same inputs; prints the ratios at the end.
-#include <zkcommon/io/icuistream.h>
-#include <zkcommon/io/rqcstream.h>
-#include <zkcommon/io/uri.h>
-
-#include <libxml/uri.h>
-#include <libxml/xmlmemory.h>
-#include <unicode/ucnv.h>
-
 #include <benchmark/benchmark.h>
-
 #include <cstdio>
 #include <iconv.h>
+#include <libxml/uri.h>
+#include <libxml/xmlmemory.h>
 #include <map>
 #include <sstream>
 #include <string>
+#include <unicode/ucnv.h>
 #include <vector>
+#include <zkcommon/io/icuistream.h>
+#include <zkcommon/io/rqcstream.h>
+#include <zkcommon/io/uri.h>
 
 using namespace ZkCommonNS;
 
@@ -27,10 +24,14 @@ struct Pair {
 };
 
 const Pair kPairs[] = {
-    {"http://a/b/c/d;p?q", "g"},           {"http://a/b/c/d;p?q", "../g"},
-    {"http://a/b/c/d;p?q", "../../g"},     {"http://a/b/c/d;p?q", "g?y#s"},
-    {"http://a/b/c/d;p?q", "/g"},          {"http://a/b/c/d;p?q", "//g"},
-    {"http://a/b/c/d;p?q", "./g/."},       {"http://a/b/c/d;p?q", "g;x=1/../y"},
+    {"http://a/b/c/d;p?q", "g"},
+    {"http://a/b/c/d;p?q", "../g"},
+    {"http://a/b/c/d;p?q", "../../g"},
+    {"http://a/b/c/d;p?q", "g?y#s"},
+    {"http://a/b/c/d;p?q", "/g"},
+    {"http://a/b/c/d;p?q", "//g"},
+    {"http://a/b/c/d;p?q", "./g/."},
+    {"http://a/b/c/d;p?q", "g;x=1/../y"},
     {"file:///home/u/docs/book.xml", "chapters/ch1.xml"},
     {"file:///home/u/docs/book.xml", "../images/figure%201.png"},
     {"https://example.com/styles/main.css", "fonts/serif.woff2"},
@@ -117,10 +118,14 @@ template <class Stream> void decodeThrough(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(bytes.size()));
 }
 
-void BM_Decode_ZkICUIStream(benchmark::State& state) { decodeThrough<ZkICUIStream>(state); }
+void BM_Decode_ZkICUIStream(benchmark::State& state) {
+    decodeThrough<ZkICUIStream>(state);
+}
 BENCHMARK(BM_Decode_ZkICUIStream);
 
-void BM_Decode_ZkRQCIStream(benchmark::State& state) { decodeThrough<ZkRQCIStream>(state); }
+void BM_Decode_ZkRQCIStream(benchmark::State& state) {
+    decodeThrough<ZkRQCIStream>(state);
+}
 BENCHMARK(BM_Decode_ZkRQCIStream);
 
 void BM_Decode_iconv(benchmark::State& state) {

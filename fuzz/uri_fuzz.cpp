@@ -1,12 +1,11 @@
 // Fuzzes URI construction, reference resolution, local paths, escaping and relative references.
 // Input: one byte choosing the string type, then the base and the reference separated by a
 // line feed (no line feed: the whole text is the reference).
-#include <zkcommon/io/uri.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <zkcommon/io/uri.h>
 
 using namespace ZkCommonNS;
 
@@ -25,10 +24,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto type = static_cast<ZkUri::URISTRTYPE>(data[0] % 5);
     std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
     size_t newline = text.find('\n');
-    UnicodeString baseText = UnicodeString::fromUTF8(newline == std::string::npos ? std::string()
-                                                                                  : text.substr(0, newline));
-    UnicodeString reference = UnicodeString::fromUTF8(
-        newline == std::string::npos ? text : text.substr(newline + 1));
+    UnicodeString baseText = UnicodeString::fromUTF8(
+        newline == std::string::npos ? std::string() : text.substr(0, newline));
+    UnicodeString reference =
+        UnicodeString::fromUTF8(newline == std::string::npos ? text : text.substr(newline + 1));
 
     ZkUri base(baseText, ZkUri::URISTR_URI);
     ZkUri alone(reference, type);

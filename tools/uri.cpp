@@ -2,10 +2,9 @@
 // ZkUri::getIStream.
 #include "command.h"
 
-#include <zkcommon/io/uri.h>
-
 #include <iostream>
 #include <memory>
+#include <zkcommon/io/uri.h>
 
 namespace zktool {
 namespace {
@@ -17,7 +16,9 @@ std::string utf8(const UnicodeString& text) {
     return text.toUTF8String(out);
 }
 
-UnicodeString fromArg(const std::string& arg) { return UnicodeString::fromUTF8(arg); }
+UnicodeString fromArg(const std::string& arg) {
+    return UnicodeString::fromUTF8(arg);
+}
 
 int uriCommand(const Args& args) {
     if (args.empty())

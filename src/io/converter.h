@@ -28,8 +28,7 @@ public:
     /// (to UTF-16) and characters the encoding lacks become "?" (from UTF-16). Without
     /// `flush`, an incomplete sequence at the end stays unread: the return value is the count
     /// of bytes consumed. With `flush` all is consumed and any shift state is closed.
-    virtual size_t convert(const char* source, size_t length, std::string& target,
-                           bool flush) = 0;
+    virtual size_t convert(const char* source, size_t length, std::string& target, bool flush) = 0;
     /// The byte order mark of the encoding, empty for one that has none.
     virtual std::string byteOrderMark() const = 0;
 };

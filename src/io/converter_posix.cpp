@@ -1,16 +1,14 @@
 // The platform converter over POSIX iconv (glibc), with the library's names mapped to the
 // names iconv knows.
 #include "io/converter.h"
-
 #include "zkcommon/core/lock.h"
-
-#include <unicode/ucnv.h>
 
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <iconv.h>
+#include <unicode/ucnv.h>
 
 namespace ZkCommonNS {
 
@@ -198,8 +196,7 @@ std::unique_ptr<detail::ByteConverter> detail::ByteConverter::open(const Unicode
     std::string candidates[4] = {std::string(), given, std::string(), std::string()};
     for (const NameMapping& mapping : kNames) {
         if (given == mapping.canonical)
-            candidates[0] =
-                direction == Direction::kToUtf16 ? mapping.toUtf16 : mapping.fromUtf16;
+            candidates[0] = direction == Direction::kToUtf16 ? mapping.toUtf16 : mapping.fromUtf16;
     }
     UErrorCode status = U_ZERO_ERROR;
     if (const char* mime = ucnv_getStandardName(given.c_str(), "MIME", &status))

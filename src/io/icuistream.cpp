@@ -4,11 +4,10 @@
 
 #include "zkcommon/core/lock.h"
 
-#include <unicode/ucnv.h>
-#include <unicode/ucsdet.h>
-
 #include <set>
 #include <string>
+#include <unicode/ucnv.h>
+#include <unicode/ucsdet.h>
 #include <vector>
 
 namespace ZkCommonNS {
@@ -27,8 +26,8 @@ const char* internName(const std::string& name) {
 // Letters, digits and "-", and also "_": without it "Shift_JIS" and "EUC_KR" would read as no
 // encoding at all.
 bool isNameChar(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-           c == '-' || c == '_';
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '_';
 }
 
 // "^<\?xml [^>]*\?>" and, inside it, the last " encoding=\"([a-zA-Z0-9_\-]+)\"" (the pattern's

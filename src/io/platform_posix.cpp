@@ -1,7 +1,6 @@
 // The POSIX side of the resource code: file status, network file systems (statfs), loaded
 // modules (dl_iterate_phdr, dladdr, dlopen) and the environment.
 #include "io/platform.h"
-
 #include "zkcommon/text/util.h"
 
 #include <cerrno>
@@ -158,7 +157,9 @@ void* detail::platform::loadLibrary(const UnicodeString& path) {
     return native.empty() ? nullptr : ::dlopen(native.c_str(), RTLD_NOW | RTLD_LOCAL);
 }
 
-void detail::platform::freeLibrary(void* module) { ::dlclose(module); }
+void detail::platform::freeLibrary(void* module) {
+    ::dlclose(module);
+}
 
 void* detail::platform::findSymbol(void* module, const char* name) {
     return ::dlsym(module, name);
@@ -172,6 +173,8 @@ bool detail::platform::getEnvironment(const char* name, UnicodeString& value) {
     return true;
 }
 
-bool ZkUtil::isSystemLongPathEnabled() noexcept { return true; }
+bool ZkUtil::isSystemLongPathEnabled() noexcept {
+    return true;
+}
 
 } // namespace ZkCommonNS

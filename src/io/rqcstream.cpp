@@ -2,13 +2,11 @@
 // limits, raw writes and encoding detection.
 #include "zkcommon/io/rqcstream.h"
 
+#include "io/converter.h"
 #include "zkcommon/text/util.h"
 
-#include "io/converter.h"
-
-#include <unicode/ucsdet.h>
-
 #include <cstring>
+#include <unicode/ucsdet.h>
 #include <vector>
 
 namespace ZkCommonNS {
@@ -34,8 +32,8 @@ bool startsWith(const char* data, size_t length, const char* prefix, size_t pref
 }
 
 bool isEncodingNameChar(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-           c == '-' || c == '_' || c == '.' || c == ':';
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '_' || c == '.' || c == ':';
 }
 
 // The encoding pseudo-attribute of an XML declaration at the start of `data`, in either quote.
@@ -115,7 +113,8 @@ bool detectBytes(const char* data, size_t length, UnicodeString& encoding, bool&
         int32_t size = length > 0x7FFFFFFF ? 0x7FFFFFFF : static_cast<int32_t>(length);
         ucsdet_setText(detector, data, size, &status);
         const UCharsetMatch* match = U_SUCCESS(status) ? ucsdet_detect(detector, &status) : nullptr;
-        if (match && U_SUCCESS(status) && ucsdet_getConfidence(match, &status) >= kMinimumConfidence) {
+        if (match && U_SUCCESS(status) &&
+            ucsdet_getConfidence(match, &status) >= kMinimumConfidence) {
             const char* name = ucsdet_getName(match, &status);
             if (name && *name && U_SUCCESS(status)) {
                 encoding = UnicodeString::fromUTF8(name);
@@ -157,8 +156,8 @@ ZkRQCIStreamBuf::int_type ZkRQCIStreamBuf::underflow() {
         const bool ended = (got == 0 && !m_source->good()) || m_inputLength == 0;
         const bool flush = ended || (got == 0 && m_inputLength == kInputCapacity);
         m_decoded.clear();
-        size_t consumed = m_converter->convert(m_input, static_cast<size_t>(m_inputLength),
-                                               m_decoded, flush);
+        size_t consumed =
+            m_converter->convert(m_input, static_cast<size_t>(m_inputLength), m_decoded, flush);
         // The unread tail (an incomplete sequence) moves to the front for the next read.
         m_inputLength -= static_cast<int>(consumed);
         std::memmove(m_input, m_input + consumed, static_cast<size_t>(m_inputLength));

@@ -1,12 +1,10 @@
 // Local paths of URIs: conversion, display shortening, file tests, remoteness, modules beside
 // the program, and the converter that error positions use.
-#include "zkcommon/io/uri.h"
-
-#include "zkcommon/core/lock.h"
-
 #include "core/localpath.h"
 #include "io/platform.h"
 #include "io/uriimpl.h"
+#include "zkcommon/core/lock.h"
+#include "zkcommon/io/uri.h"
 
 #include <algorithm>
 #include <string>
@@ -15,11 +13,12 @@ namespace ZkCommonNS {
 
 namespace {
 
-UnicodeString localPathForErrors(const UnicodeString& uri) { return ZkUri(uri).getLocalPath(); }
+UnicodeString localPathForErrors(const UnicodeString& uri) {
+    return ZkUri(uri).getLocalPath();
+}
 
 // Error positions show the real local path once this library is loaded.
-const bool s_converterInstalled =
-    (detail::setLocalPathConverter(&localPathForErrors), true);
+const bool s_converterInstalled = (detail::setLocalPathConverter(&localPathForErrors), true);
 
 bool endsWithIgnoreCase(const std::string& text, const char* suffix) {
     size_t length = std::char_traits<char>::length(suffix);

@@ -1,15 +1,13 @@
 // ZkUri construction: type resolution, scheme and drive detection, path repair, escaping and
 // the accessors that take the string apart.
-#include "zkcommon/io/uri.h"
-
 #include "io/platform.h"
 #include "io/uriimpl.h"
-
-#include <unicode/utf16.h>
-#include <unicode/utf8.h>
+#include "zkcommon/io/uri.h"
 
 #include <atomic>
 #include <string>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
 
 namespace ZkCommonNS {
 
@@ -19,8 +17,12 @@ namespace {
 // UNC paths and to names of existing files, whose "#" is part of the name.
 constexpr ZkUri::URISTRTYPE kPathAsIs = static_cast<ZkUri::URISTRTYPE>(5);
 
-bool isAsciiAlpha(char16_t c) noexcept { return (c | 0x20) >= u'a' && (c | 0x20) <= u'z'; }
-bool isAsciiDigit(char16_t c) noexcept { return c >= u'0' && c <= u'9'; }
+bool isAsciiAlpha(char16_t c) noexcept {
+    return (c | 0x20) >= u'a' && (c | 0x20) <= u'z';
+}
+bool isAsciiDigit(char16_t c) noexcept {
+    return c >= u'0' && c <= u'9';
+}
 
 int hexValue(char16_t c) noexcept {
     if (isAsciiDigit(c))
@@ -247,12 +249,18 @@ void ZkUri::construct(const ZkUri* base, const UnicodeString& text, URISTRTYPE t
 // ---------------------------------------------------------------------------------------------
 // Schemes
 
-bool ZkUri::isDataScheme() const { return detail::uriStartsWith(m_uri, 0, "data:"); }
-bool ZkUri::isFileScheme() const { return detail::uriStartsWith(m_uri, 0, "file:"); }
+bool ZkUri::isDataScheme() const {
+    return detail::uriStartsWith(m_uri, 0, "data:");
+}
+bool ZkUri::isFileScheme() const {
+    return detail::uriStartsWith(m_uri, 0, "file:");
+}
 bool ZkUri::isHttpScheme() const {
     return detail::uriStartsWith(m_uri, 0, "http:") || detail::uriStartsWith(m_uri, 0, "https:");
 }
-bool ZkUri::isJarScheme() const { return detail::uriStartsWith(m_uri, 0, "jar:"); }
+bool ZkUri::isJarScheme() const {
+    return detail::uriStartsWith(m_uri, 0, "jar:");
+}
 
 ZkName ZkUri::getScheme() const {
     int32_t limit = detail::uriSchemeLimit(m_uri);
@@ -263,9 +271,13 @@ ZkName ZkUri::getScheme() const {
     return ZkName(scheme);
 }
 
-bool ZkUri::isAbsolute() const { return detail::uriSchemeLimit(m_uri) >= 0; }
+bool ZkUri::isAbsolute() const {
+    return detail::uriSchemeLimit(m_uri) >= 0;
+}
 
-bool ZkUri::isFile() const { return isFileScheme() || detail::uriSchemeLimit(m_uri) < 0; }
+bool ZkUri::isFile() const {
+    return isFileScheme() || detail::uriSchemeLimit(m_uri) < 0;
+}
 
 // ---------------------------------------------------------------------------------------------
 // Pieces
@@ -425,9 +437,13 @@ bool ZkUri::hasDriveLetter(const UnicodeString& text, int pos) noexcept {
            text.charAt(pos + 1) == u':';
 }
 
-void ZkUri::backslash2slash(UnicodeString& text) { text.findAndReplace(u"\\", u"/"); }
+void ZkUri::backslash2slash(UnicodeString& text) {
+    text.findAndReplace(u"\\", u"/");
+}
 
-void ZkUri::slash2backslash(UnicodeString& text) { text.findAndReplace(u"/", u"\\"); }
+void ZkUri::slash2backslash(UnicodeString& text) {
+    text.findAndReplace(u"/", u"\\");
+}
 
 void ZkUri::toDirectory(UnicodeString& path, bool backslash) {
     int32_t length = path.length();

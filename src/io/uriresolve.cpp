@@ -1,8 +1,7 @@
 // Reference resolution against a base, relative references between URIs, and the "#" repair
 // for file names.
-#include "zkcommon/io/uri.h"
-
 #include "io/uriimpl.h"
+#include "zkcommon/io/uri.h"
 
 namespace ZkCommonNS {
 
@@ -45,8 +44,8 @@ void normalizePath(UnicodeString& path) {
         while (limit < length && chars[limit] != u'/')
             ++limit;
         // A final "." or ".." names the directory itself, as if a "/" followed.
-        const bool slashAfter = limit < length || (index > 0 && (isDot(start, limit) ||
-                                                                 isDotDot(start, limit)));
+        const bool slashAfter =
+            limit < length || (index > 0 && (isDot(start, limit) || isDotDot(start, limit)));
         bool keep = true;
         if (index > 0 && slashAfter && isDot(start, limit)) {
             keep = false;
@@ -236,7 +235,9 @@ UnicodeString detail::resolveUriReference(const UnicodeString& base,
     int32_t schemeLimit = uriSchemeLimit(work);
     if (schemeLimit > 0)
         lowerAsciiPrefix(work, schemeLimit);
-    if (work.indexOf(u'/') < 0)
+    // A plain file name as base ("a.xml") is a file in the current directory. A base with a
+    // scheme keeps it: "urn:a" is no relative path.
+    if (schemeLimit < 0 && work.indexOf(u'/') < 0)
         work.insert(0, u"./");
 
     const bool networkReference = reference.startsWith(u"//");
@@ -332,8 +333,7 @@ UnicodeString ZkUri::escapeSharpIfExist(const UnicodeString& text, bool exists) 
     return escapeSharpIfExist(ZkUri(), text, exists);
 }
 
-UnicodeString ZkUri::escapeSharpIfExist(const ZkUri& base, const UnicodeString& text,
-                                        bool exists) {
+UnicodeString ZkUri::escapeSharpIfExist(const ZkUri& base, const UnicodeString& text, bool exists) {
     if (text.indexOf(u'#') < 0)
         return text;
     ZkUri resolved(base, text);

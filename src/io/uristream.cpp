@@ -1,11 +1,9 @@
 // Opening resources through ZkUri: the caller's resolver, local files, and the registered
 // branches for other schemes; output and read-write files; redirections.
-#include "zkcommon/io/uri.h"
-
-#include "zkcommon/core/lock.h"
-
 #include "io/platform.h"
 #include "io/uriopen.h"
+#include "zkcommon/core/lock.h"
+#include "zkcommon/io/uri.h"
 
 #include <atomic>
 #include <fstream>
@@ -47,8 +45,7 @@ void detail::setUriRedirectionResolver(UriRedirectionResolver resolver) {
 }
 
 ZkUri::ContentInfo::ContentInfo(const ContentInfo* other)
-    : length(-1), connectTimeout(kUnsetSetting), connectRetries(-1), connectBackoff(-1),
-      flags(0) {
+    : length(-1), connectTimeout(kUnsetSetting), connectRetries(-1), connectBackoff(-1), flags(0) {
     if (other)
         *this = *other;
 }
@@ -57,14 +54,16 @@ ZkUriReferenceResolver2* ZkUri::setUriReferenceResolver2(ZkUriReferenceResolver2
     return s_resolver2.exchange(resolver);
 }
 
-ZkUriReferenceResolver2* ZkUri::getUriReferenceResolver2() { return s_resolver2.load(); }
+ZkUriReferenceResolver2* ZkUri::getUriReferenceResolver2() {
+    return s_resolver2.load();
+}
 
 std::istream* ZkUri::getStreamFromResolver() const {
     ZkUriReferenceResolver2* resolver = s_resolver2.load();
     if (!resolver)
         return nullptr;
-    auto stream = std::make_unique<std::stringstream>(std::ios::in | std::ios::out |
-                                                      std::ios::binary);
+    auto stream =
+        std::make_unique<std::stringstream>(std::ios::in | std::ios::out | std::ios::binary);
     UnicodeString text(m_uri);
     if (!resolver->resolveReference(text.getTerminatedBuffer(), &appendToStream, stream.get()))
         return nullptr;

@@ -1,14 +1,12 @@
 // Encoding names: the alias table behind ZkUtil::getCanonicalEncoding and the spellings that
 // getStandardEncoding writes into documents.
+#include "text/utilcleanup.h"
 #include "zkcommon/core/lock.h"
 #include "zkcommon/text/util.h"
 
-#include "text/utilcleanup.h"
-
-#include <unicode/ucnv.h>
-
 #include <memory>
 #include <string>
+#include <unicode/ucnv.h>
 #include <unordered_map>
 
 namespace ZkCommonNS {
@@ -109,9 +107,8 @@ const Alias kAliases[] = {
 
 // Names written into documents where the alias table's own spelling is not the registered one.
 const Alias kStandardSpellings[] = {
-    {"ANSI_X3.4", "ANSI_X3.4-1968"},   {"CHINESEBIG5", "BIG5"},
-    {"CHINESEGBK", "GBK"},             {"ISO_646.IRV", "ISO_646.IRV:1991"},
-    {"KOREANKSC", "KS_C_5601-1987"},
+    {"ANSI_X3.4", "ANSI_X3.4-1968"},     {"CHINESEBIG5", "BIG5"},         {"CHINESEGBK", "GBK"},
+    {"ISO_646.IRV", "ISO_646.IRV:1991"}, {"KOREANKSC", "KS_C_5601-1987"},
 };
 
 using AliasMap = std::unordered_map<std::u16string, UnicodeString>;

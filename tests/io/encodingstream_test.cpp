@@ -4,13 +4,11 @@
 #include "zkcommon/io/icuistream.h"
 #include "zkcommon/io/rqcstream.h"
 
-#include <unicode/ucnv.h>
-
 #include <gtest/gtest.h>
-
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <unicode/ucnv.h>
 
 using namespace ZkCommonNS;
 
@@ -91,7 +89,8 @@ const LegacyCase kLegacyCases[] = {
     {"KOI8-R", "KOI8-R",
      "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82, \xD0\xBC\xD0\xB8\xD1\x80!\n"},
     {"windows-1252", "windows-1252",
-     "Caf\xC3\xA9 \xE2\x80\x9Cquoted\xE2\x80\x9D \xE2\x80\x93 \xE2\x82\xAC" "5 \xC5\x93\n"},
+     "Caf\xC3\xA9 \xE2\x80\x9Cquoted\xE2\x80\x9D \xE2\x80\x93 \xE2\x82\xAC"
+     "5 \xC5\x93\n"},
 };
 
 } // namespace
@@ -142,7 +141,10 @@ TEST(EncodingStreams, StatefulIso2022Jp) {
 
 TEST(EncodingStreams, MalformedInputBecomesReplacement) {
     // A lone lead byte, an invalid byte, and a sequence cut at the end.
-    std::string bytes("a\x82" "b\xFF" "c\xE3\x81", 7);
+    std::string bytes("a\x82"
+                      "b\xFF"
+                      "c\xE3\x81",
+                      7);
     UnicodeString rqc = decodeWithRqc(bytes, "UTF-8");
     EXPECT_EQ(0, rqc.indexOf(u'a'));
     EXPECT_TRUE(rqc.indexOf(u'\uFFFD') > 0);
@@ -219,23 +221,34 @@ TEST(EncodingStreams, LineEndsOnOutput) {
 }
 
 TEST(EncodingStreams, ByteOrderMarks) {
-    EXPECT_EQ("\xEF\xBB\xBF" "a", encodeWithRqc(u"a", "UTF-8", ZkRQCOStreamBuf::LF_CONVERT_NONE,
-                                                 true));
-    EXPECT_EQ(std::string("\xFE\xFF\x00" "a", 4),
+    EXPECT_EQ("\xEF\xBB\xBF"
+              "a",
+              encodeWithRqc(u"a", "UTF-8", ZkRQCOStreamBuf::LF_CONVERT_NONE, true));
+    EXPECT_EQ(std::string("\xFE\xFF\x00"
+                          "a",
+                          4),
               encodeWithRqc(u"a", "UTF-16BE", ZkRQCOStreamBuf::LF_CONVERT_NONE, true));
-    EXPECT_EQ(std::string("\xFF\xFE" "a\x00", 4),
+    EXPECT_EQ(std::string("\xFF\xFE"
+                          "a\x00",
+                          4),
               encodeWithRqc(u"a", "UTF-16LE", ZkRQCOStreamBuf::LF_CONVERT_NONE, true));
-    EXPECT_EQ(std::string("\xFE\xFF\x00" "a", 4),
+    EXPECT_EQ(std::string("\xFE\xFF\x00"
+                          "a",
+                          4),
               encodeWithRqc(u"a", "UTF-16", ZkRQCOStreamBuf::LF_CONVERT_NONE, true));
     EXPECT_EQ("a", encodeWithRqc(u"a", "ISO-8859-1", ZkRQCOStreamBuf::LF_CONVERT_NONE, true));
     EXPECT_EQ("\xEF\xBB\xBF", encodeWithRqc(u"", "UTF-8", ZkRQCOStreamBuf::LF_CONVERT_NONE, true));
     // Decoding a marked UTF-16 text drops the mark.
-    EXPECT_EQ(UnicodeString(u"a"), decodeWithRqc(std::string("\xFF\xFE" "a\x00", 4), "UTF-16"));
+    EXPECT_EQ(UnicodeString(u"a"), decodeWithRqc(std::string("\xFF\xFE"
+                                                             "a\x00",
+                                                             4),
+                                                 "UTF-16"));
 }
 
 TEST(EncodingStreams, UnmappableCharactersAndSplitUnits) {
     EXPECT_EQ("a?b", encodeWithRqc(u"a\u65E5b", "ISO-8859-1"));
-    EXPECT_EQ("a?b", encodeWithRqc(UnicodeString::fromUTF8("a\xF0\x9F\x98\x80" "b"),
+    EXPECT_EQ("a?b", encodeWithRqc(UnicodeString::fromUTF8("a\xF0\x9F\x98\x80"
+                                                           "b"),
                                    "windows-1252"));
     // A surrogate pair and a code unit split across writes arrive whole.
     std::ostringstream sink;
@@ -287,7 +300,10 @@ TEST(EncodingStreams, OwnedStreamsAreDeleted) {
     auto* source = new std::istringstream("abc");
     { ZkRQCIStream in(source, "UTF-8", true); }
     auto* sink = new std::ostringstream();
-    { ZkRQCOStream out(sink, "UTF-8", true); out.writeText(u"x"); }
+    {
+        ZkRQCOStream out(sink, "UTF-8", true);
+        out.writeText(u"x");
+    }
     { ZkICUIStream in(new std::istringstream("x"), "UTF-8", true); }
 }
 
@@ -362,4 +378,11 @@ TEST(EncodingDetection, RqcMarksDeclarationsAndStatistics) {
     // The detected name opens a converter.
     ZkRQCIStream in(new std::istringstream(sjis), "Shift_JIS", true);
     EXPECT_EQ(japanese, readText(in));
+}
+
+TEST(EncodingStreams, TablePathAfterFirstUseChangesNothing) {
+    EXPECT_EQ(UnicodeString(u"x"), decodeWithRqc("x", "ISO-8859-1"));
+    ZkRQCIStream::setRQCTablePath(u"/no/such/tables");
+    EXPECT_EQ(UnicodeString(u"y"), decodeWithRqc("y", "ISO-8859-1"));
+    ZkRQCIStream::setRQCTablePath(u"");
 }

@@ -3,10 +3,9 @@
 #include "zkcommon/core/error.h"
 #include "zkcommon/io/uri.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
 
@@ -19,7 +18,9 @@ std::string utf8(const UnicodeString& text) {
     return text.toUTF8String(out);
 }
 
-UnicodeString u(const std::string& text) { return UnicodeString::fromUTF8(text); }
+UnicodeString u(const std::string& text) {
+    return UnicodeString::fromUTF8(text);
+}
 
 // A fresh directory under the system's temporary directory, removed with its files.
 class TempDir {
@@ -154,8 +155,8 @@ TEST(UriLocalPath, EscapeSharpIfExist) {
     EXPECT_EQ("a#b", utf8(ZkUri::escapeSharpIfExist(web, u"a#b", true)));
     EXPECT_EQ("file:///C:/a%23b", utf8(ZkUri::escapeSharpIfExist(u"C:\\a#b", true)));
     EXPECT_EQ("C:\\a#b", utf8(ZkUri::escapeSharpIfExist(u"C:\\a#b", false)));
-    std::string opened = utf8(ZkUri::escapeSharpIfExist(
-        u("file://" + dir.path() + "/x#1.xml"), false));
+    std::string opened =
+        utf8(ZkUri::escapeSharpIfExist(u("file://" + dir.path() + "/x#1.xml"), false));
     EXPECT_EQ(file, utf8(ZkUri::getLocalPath(u(opened))));
 }
 
@@ -182,8 +183,8 @@ TEST(UriModule, FromEnvironment) {
     ZkUri home = ZkUri::getModuleUri(nullptr, "", "ZK_URI_TEST_HOME");
     EXPECT_EQ("file://" + dir.path(), utf8(home.toString()));
     ::setenv("ZK_URI_TEST_HOME", "/no/such/place", 1);
-    EXPECT_EQ("conf.txt", utf8(ZkUri::getModuleUri(nullptr, "conf.txt", "ZK_URI_TEST_HOME")
-                                   .toString()));
+    EXPECT_EQ("conf.txt",
+              utf8(ZkUri::getModuleUri(nullptr, "conf.txt", "ZK_URI_TEST_HOME").toString()));
     ::unsetenv("ZK_URI_TEST_HOME");
 }
 

@@ -3,7 +3,6 @@
 #include "zkcommon/io/uri.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
 
 using namespace ZkCommonNS;
@@ -96,6 +95,11 @@ TEST(UriResolve, SchemesHostsAndArchives) {
         {"jar:file:///a.zip!/b/c.xml", "/f.xml", "jar:file:///a.zip!/f.xml"},
         {"file:///a/b.xml", "jar:c.zip!/d.xml", "jar:file:///a/c.zip!/d.xml"},
         {"urn:a/b", "c", "urn:a/c"},
+        {"urn:isbn", "x", "urn:x"},
+        // Found by fuzzing: a base of scheme and path without a slash kept losing its scheme
+        // when a result was used as the next base.
+        {"http:linear-gradient(\xEF\xBF\xBD\xEF\xBF\xBD" "c/d;p?q", "../g?y#s", "http:g?y#s"},
+        {"http:g?y#s", "../g?y#s", "http:../g?y#s"},
         {"dir/a.xml", "b.xml", "dir/b.xml"},
         {"a.xml", "b.xml", "b.xml"},
         {"a/b/c.xml", "../../d.xml", "d.xml"},
@@ -135,11 +139,11 @@ TEST(UriResolve, PathReferencesBecomeFileUris) {
 
 TEST(UriResolve, AsItStandsKeepsTheSharp) {
     ZkUri base(u"file:///d/a.xml", ZkUri::URISTR_URI);
-    EXPECT_EQ("file:///d/x#1.xml", utf8(ZkUri(base, u"x#1.xml", ZkUri::URISTR_URI_ASIS).toString()));
+    EXPECT_EQ("file:///d/x#1.xml",
+              utf8(ZkUri(base, u"x#1.xml", ZkUri::URISTR_URI_ASIS).toString()));
     EXPECT_EQ("file:///d/x#1.xml", utf8(ZkUri(base, u"x#1.xml", ZkUri::URISTR_URI).toString()));
     EXPECT_EQ("#1.xml", utf8(ZkUri(base, u"#1.xml", ZkUri::URISTR_URI).toString()));
-    EXPECT_EQ("file:///d/#1.xml",
-              utf8(ZkUri(base, u"#1.xml", ZkUri::URISTR_URI_ASIS).toString()));
+    EXPECT_EQ("file:///d/#1.xml", utf8(ZkUri(base, u"#1.xml", ZkUri::URISTR_URI_ASIS).toString()));
 }
 
 TEST(UriResolve, EmptyBaseReadsTheReferenceAlone) {

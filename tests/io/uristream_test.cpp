@@ -2,10 +2,9 @@
 // resolver, output and read-write files, content information and redirections.
 #include "zkcommon/io/uri.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -15,7 +14,9 @@ using namespace ZkCommonNS;
 
 namespace {
 
-UnicodeString u(const std::string& text) { return UnicodeString::fromUTF8(text); }
+UnicodeString u(const std::string& text) {
+    return UnicodeString::fromUTF8(text);
+}
 
 std::string readAll(std::istream& in) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
@@ -182,11 +183,11 @@ TEST(UriStream, OutputFiles) {
     in.reset(uri.getIStream());
     EXPECT_EQ("3", readAll(*in));
 
-    EXPECT_EQ(nullptr, std::unique_ptr<std::ostream>(
-                           ZkUri(u"http://h/a", ZkUri::URISTR_URI).getOStream()));
-    EXPECT_EQ(nullptr, std::unique_ptr<std::ostream>(
-                           ZkUri(u(dir.path() + "/no/dir/x"), ZkUri::URISTR_FILEPATH)
-                               .getOStream()));
+    EXPECT_EQ(nullptr,
+              std::unique_ptr<std::ostream>(ZkUri(u"http://h/a", ZkUri::URISTR_URI).getOStream()));
+    EXPECT_EQ(nullptr,
+              std::unique_ptr<std::ostream>(
+                  ZkUri(u(dir.path() + "/no/dir/x"), ZkUri::URISTR_FILEPATH).getOStream()));
     EXPECT_EQ(nullptr, std::unique_ptr<std::ostream>(ZkUri().getOStream()));
 }
 

@@ -3,7 +3,6 @@
 #include "zkcommon/text/util.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
 
 using namespace ZkCommonNS;
@@ -85,4 +84,6 @@ TEST(EncodingNames, CleanupRebuildsTheTable) {
     EXPECT_EQ("ChineseGBK", utf8(ZkUtil::getCanonicalEncoding(u"gb2312")));
 }
 
-TEST(EncodingNames, LongPathsAreEnabled) { EXPECT_TRUE(ZkUtil::isSystemLongPathEnabled()); }
+TEST(EncodingNames, LongPathsAreEnabled) {
+    EXPECT_TRUE(ZkUtil::isSystemLongPathEnabled());
+}

@@ -35,20 +35,20 @@ class ZKCOMMON_API ZkUri {
 public:
     /// How the string given to a constructor is read.
     enum URISTRTYPE : int {
-        URISTR_URI = 0,              ///< a URI; invalid characters get escaped
-        URISTR_URI_ASIS = 1,         ///< a URI as it stands: no fragment split, "#" is data
-        URISTR_FILEPATH = 2,         ///< a file path
-        URISTR_FILEPATH_OR_URI = 3,  ///< a file path unless the string has a scheme
-        URISTR_AUTO = 4,             ///< chosen from the string and the file system
+        URISTR_URI = 0,             ///< a URI; invalid characters get escaped
+        URISTR_URI_ASIS = 1,        ///< a URI as it stands: no fragment split, "#" is data
+        URISTR_FILEPATH = 2,        ///< a file path
+        URISTR_FILEPATH_OR_URI = 3, ///< a file path unless the string has a scheme
+        URISTR_AUTO = 4,            ///< chosen from the string and the file system
     };
 
     /// What a source says about its content, and the connection settings for remote ones.
     struct ZKCOMMON_API ContentInfo {
         enum Flags : uint32_t {
-            FLAG_PARSER_INPUT = 1,        ///< set by the parser when it opens its input
-            FLAG_IGNORE_CERTIFICATE = 2,  ///< ignore certificate errors
-            FLAG_NO_PROXY_QUERY = 4,      ///< skip the system proxy query
-            FLAG_HTTP11 = 8,              ///< "HTTP/1.1" rather than "HTTP/1.0"
+            FLAG_PARSER_INPUT = 1,       ///< set by the parser when it opens its input
+            FLAG_IGNORE_CERTIFICATE = 2, ///< ignore certificate errors
+            FLAG_NO_PROXY_QUERY = 4,     ///< skip the system proxy query
+            FLAG_HTTP11 = 8,             ///< "HTTP/1.1" rather than "HTTP/1.0"
         };
         /// A copy of `other`, or the empty record (length -1, no settings) for null.
         explicit ContentInfo(const ContentInfo* other = nullptr);
@@ -56,11 +56,11 @@ public:
         UnicodeString contentType; ///< media type without parameters
         UnicodeString charset;
         UnicodeString language;
-        int64_t length;            ///< -1 when unknown
+        int64_t length; ///< -1 when unknown
         UnicodeString referrer;
-        int32_t connectTimeout;    ///< 0x80000000 when not given
-        int32_t connectRetries;    ///< negative when not given
-        int32_t connectBackoff;    ///< negative when not given
+        int32_t connectTimeout; ///< 0x80000000 when not given
+        int32_t connectRetries; ///< negative when not given
+        int32_t connectBackoff; ///< negative when not given
         uint32_t flags;
     };
 
