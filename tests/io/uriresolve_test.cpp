@@ -98,7 +98,9 @@ TEST(UriResolve, SchemesHostsAndArchives) {
         {"urn:isbn", "x", "urn:x"},
         // Found by fuzzing: a base of scheme and path without a slash kept losing its scheme
         // when a result was used as the next base.
-        {"http:linear-gradient(\xEF\xBF\xBD\xEF\xBF\xBD" "c/d;p?q", "../g?y#s", "http:g?y#s"},
+        {"http:linear-gradient(\xEF\xBF\xBD\xEF\xBF\xBD"
+         "c/d;p?q",
+         "../g?y#s", "http:g?y#s"},
         {"http:g?y#s", "../g?y#s", "http:../g?y#s"},
         {"dir/a.xml", "b.xml", "dir/b.xml"},
         {"a.xml", "b.xml", "b.xml"},
