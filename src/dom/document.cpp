@@ -4,6 +4,7 @@
 #include "zkcommon/dom/attr.h"
 #include "zkcommon/dom/documentfragment.h"
 #include "zkcommon/dom/element.h"
+#include "zkcommon/dom/loadsource.h"
 #include "zkcommon/dom/processinginstruction.h"
 #include "zkcommon/dom/text.h"
 #include "zkcommon/io/uri.h"
@@ -25,6 +26,7 @@ ZkDocument::~ZkDocument() {
         m_nameTable = nullptr;
         ZkNameTable::releaseSharedNameTable();
     }
+    m_source.reset();
     m_lastLoadingNode = nullptr;
 }
 
@@ -123,48 +125,6 @@ ZkPtr<ZkAttr> ZkDocument::createAttributeNS(ZkName uri, ZkName qname) {
 
 ZkPtr<ZkNode> ZkDocument::createTextNodeElement(const UnicodeString& text, ZkNode*) {
     return ZkPtr<ZkNode>(createTextNode(text).get());
-}
-
-// --- loading ------------------------------------------------------------------------------------
-
-ZkNode* ZkDocument::loadNextNode() {
-    ZkMutex guard(m_lock);
-    ZkNode* last = m_lastLoadingNode;
-    if (!last)
-        return nullptr;
-    // The open parent: a finished leaf (text without the loading bit, an instruction) hands the
-    // role to its parent.
-    ZkNode* open = last;
-    if ((last->isText() && !last->isLoading()) || last->isProcessingInstruction())
-        open = last->getParentNodeFast();
-    // This document has no source of nodes of its own: the input ends here, as at the end of a
-    // document, and the open node is finished.
-    if (open)
-        open->setLoadDone();
-    m_lastLoadingNode = nullptr;
-    return nullptr;
-}
-
-void ZkDocument::abort() {
-    ZkMutex guard(m_lock);
-    m_lastLoadingNode = nullptr;
-}
-
-ZkNode* ZkDocument::beginLoad(ZkNode* target) {
-    if (!target)
-        target = this;
-    {
-        ZkMutex guard(m_lock);
-        m_skipDepth = 0;
-        m_lastLoadingNode = target;
-        target->setFlag(kLoading, true);
-        target->removeAllChildNodes(); // a load replaces the subtree
-    }
-    if (!m_pullMode) {
-        while (loadNextNode()) {
-        }
-    }
-    return target;
 }
 
 } // namespace ZkCommonNS

@@ -4,8 +4,12 @@
 
 #include <zkcommon/dom/document.h>
 #include <zkcommon/dom/element.h>
+#include <zkcommon/dom/loadsource.h>
 #include <zkcommon/dom/text.h>
+#include <zkcommon/xml/xmlutil.h>
 
+#include <array>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,74 +30,144 @@ inline std::string nameOf(const ZkNode* node) {
     return utf8(node->getNodeName().toString());
 }
 
-/// One event of the scripted input.
+/// One event of the scripted input. A start tag's `text` is its qualified name.
 struct Event {
-    enum Kind { Start, Text, End, EndDocument } kind;
-    const char16_t* text;
+    enum Kind { Start, Text, End, EndDocument, Instruction, Other } kind;
+    const char16_t* text = nullptr;
+    const char16_t* ns = nullptr;
+    /// Attributes of a start tag: namespace URI (or null), qualified name, value.
+    std::vector<std::array<const char16_t*, 3>> attributes = {};
+    int line = -1;
 };
 
-/// A document whose loader reads a fixed script of parser-like events, one node per step, the
-/// way the parser-driven loader does: an end tag finishes the open node and reading goes on
-/// until a node is added.
-class ScriptedDocument : public ZkDocument {
+/// A load source reading a fixed script of events, with the depth a parser would report. It
+/// records what the loader reports to it, and an include pushes `included` in front of the rest.
+class ScriptedSource : public ZkLoadEventSource {
 public:
-    explicit ScriptedDocument(std::vector<Event> events) : m_events(std::move(events)) {}
+    explicit ScriptedSource(std::vector<Event> events) : m_events(std::move(events)) {}
 
-    ZkNode* loadNextNode() override {
-        ++m_calls;
-        ZkNode* last = getLastLoadingNode();
-        if (!last)
-            return nullptr;
-        ZkNode* open = last;
-        if (last->isText() && !last->isLoading())
-            open = last->getParentNodeFast();
-        while (m_position < m_events.size()) {
-            if (!open) {
-                setLastLoadingNode(nullptr);
-                return nullptr;
-            }
-            const Event& event = m_events[m_position++];
-            switch (event.kind) {
-            case Event::Start: {
-                ZkPtr<ZkElement> element = createElement(ZkName(event.text));
-                element->setFlag(kLoading, true);
-                open->appendChild(element);
-                setLastLoadingNode(element);
-                return element;
-            }
-            case Event::Text: {
-                ZkNode* text = open->appendChildText(UnicodeString(event.text));
-                setLastLoadingNode(text);
-                return text;
-            }
-            case Event::End:
-                open->setLoadDone();
-                open = open->getParentNodeFast();
-                break;
-            case Event::EndDocument:
-                open->setLoadDone();
-                setLastLoadingNode(nullptr);
-                return nullptr;
-            }
+    int next() override {
+        if (m_popPending) {
+            --m_depth;
+            m_popPending = false;
         }
-        setLastLoadingNode(nullptr);
-        return nullptr;
+        if (m_position >= m_events.size()) {
+            m_current = Event{Event::EndDocument};
+            return END_DOCUMENT;
+        }
+        m_current = m_events[m_position++];
+        switch (m_current.kind) {
+        case Event::Start:
+            ++m_depth;
+            return START_TAG;
+        case Event::End:
+            m_popPending = true; // an end tag reports the depth of its start tag
+            return END_TAG;
+        case Event::Text:
+            return TEXT;
+        case Event::Instruction:
+            return PROCESSING_INSTRUCTION;
+        case Event::EndDocument:
+            m_position = m_events.size();
+            return END_DOCUMENT;
+        case Event::Other:
+            return 9; // a comment, which the loader has no node for
+        }
+        return END_DOCUMENT;
+    }
+    int getDepth() const override { return m_depth; }
+    ZkName getNamespace() const override {
+        return m_current.ns ? ZkName(m_current.ns) : ZkName();
+    }
+    ZkName getPrefix() const override {
+        return ZkXmlUtil::getPrefixFromQName(ZkName(m_current.text));
+    }
+    ZkName getName() const override {
+        return ZkXmlUtil::getLocalPartFromQName(ZkName(m_current.text));
+    }
+    UnicodeString getText() const override {
+        if (m_current.kind == Event::Instruction) {
+            UnicodeString all(m_current.text);
+            int32_t space = all.indexOf(u' ');
+            return space < 0 ? UnicodeString() : UnicodeString(all, space + 1);
+        }
+        return UnicodeString(m_current.text);
+    }
+    ZkName getTarget() const override {
+        UnicodeString all(m_current.text);
+        int32_t space = all.indexOf(u' ');
+        return ZkName(space < 0 ? all : UnicodeString(all, 0, space));
+    }
+    int getAttributeCount() const override {
+        return m_current.kind == Event::Start ? int(m_current.attributes.size()) : -1;
+    }
+    ZkName getAttributeNamespace(int i) const override {
+        const char16_t* ns = m_current.attributes[size_t(i)][0];
+        return ns ? ZkName(ns) : ZkName();
+    }
+    ZkName getAttributePrefix(int i) const override {
+        return ZkXmlUtil::getPrefixFromQName(ZkName(m_current.attributes[size_t(i)][1]));
+    }
+    ZkName getAttributeName(int i) const override {
+        return ZkXmlUtil::getLocalPartFromQName(ZkName(m_current.attributes[size_t(i)][1]));
+    }
+    UnicodeString getAttributeValue(int i) const override {
+        return UnicodeString(m_current.attributes[size_t(i)][2]);
+    }
+    int getLineNumber() const override { return m_current.line; }
+    int getColumnNumber() const override { return m_current.line < 0 ? -1 : 1; }
+    void throwError(unsigned short code, const UnicodeString& arg1,
+                    const UnicodeString& arg2) override {
+        reported.push_back(std::to_string(code) + " " + utf8(arg1) + " " + utf8(arg2));
+    }
+    void pushStream(const UnicodeString& uri, ZkName parserType,
+                    const UnicodeString& encoding) override {
+        pushed.push_back(utf8(uri) + " " + utf8(parserType.toString()) + " " + utf8(encoding));
+        m_events.insert(m_events.begin() + long(m_position), included.begin(), included.end());
     }
 
-    void startPull() {
-        setPullMode(true);
-        beginLoad(nullptr);
-    }
-    void startFull() {
-        setPullMode(false);
-        beginLoad(nullptr);
-    }
-    int calls() const { return m_calls; }
     size_t position() const { return m_position; }
+
+    std::vector<std::string> reported;
+    std::vector<std::string> pushed;
+    std::vector<Event> included;
 
 private:
     std::vector<Event> m_events;
     size_t m_position = 0;
+    Event m_current{Event::EndDocument};
+    int m_depth = 0;
+    bool m_popPending = false;
+};
+
+/// A document fed by a ScriptedSource through the library's own loader; it counts the steps.
+class ScriptedDocument : public ZkDocument {
+public:
+    explicit ScriptedDocument(std::vector<Event> events) {
+        auto source = std::make_unique<ScriptedSource>(std::move(events));
+        m_script = source.get();
+        setLoadSource(std::move(source));
+    }
+
+    ZkNode* loadNextNode() override {
+        ++m_calls;
+        return ZkDocument::loadNextNode();
+    }
+
+    void startPull() {
+        setPullMode(true);
+        load();
+    }
+    void startFull() {
+        setPullMode(false);
+        load();
+    }
+    int calls() const { return m_calls; }
+    size_t position() const { return m_script->position(); }
+    ScriptedSource& script() { return *m_script; }
+
+private:
+    ScriptedSource* m_script;
     int m_calls = 0;
 };
 

@@ -8,16 +8,19 @@
 #include "zkcommon/core/object.h"
 #include "zkcommon/dom/node.h"
 
+#include <memory>
+
 namespace ZkCommonNS {
 
 /// The document node. Its owner-document field points to itself, so that its children and its
 /// loading getters work as on any node; getOwnerDocument nevertheless answers null. It holds one
 /// reference on the shared name table for its whole life.
 ///
-/// Loading is incremental: loadNextNode adds the next node and returns it, and in pull mode
-/// nothing else adds nodes, so that reading the tree through the loading getters pulls the
-/// loader along. A derived document may override loadNextNode to feed nodes from any source; it
-/// opens a node with the loading bit, ends it with setLoadDone, and answers null at the end.
+/// Loading is incremental: loadNextNode turns the next event of the load source into a node and
+/// returns it, and in pull mode nothing else adds nodes, so that reading the tree through the
+/// loading getters pulls the loader along. The factories are virtual so that a derived document
+/// makes its own node kinds; one that refuses an element (a null createElementNS) makes the
+/// loader skip it with its whole subtree.
 class ZKCOMMON_API ZkDocument : public ZkNode {
     ZK_DECLARE_TYPE(ZkDocument, ZkNode, ZkTypeID::kDocument, "ZkDocument")
 
@@ -59,8 +62,16 @@ public:
     // --- loading ------------------------------------------------------------------------------
 
     /// Adds the next node and returns it; null at the end, after abort, or when nothing is being
-    /// loaded. Runs under the document lock. Without a source of nodes the load simply ends.
+    /// loaded. Runs under the document lock. Errors of the source pass through as ZkError; an
+    /// event the loader cannot place raises ZkError 11. Without a source the load simply ends.
     virtual ZkNode* loadNextNode();
+    /// Loads the whole source into the document, replacing its children; in pull mode only
+    /// starts the load. Without a source the document is simply emptied.
+    void load();
+    /// Replaces the source of events (the document owns it from now on); null detaches it.
+    /// A load in progress goes on with the new source.
+    void setLoadSource(std::unique_ptr<ZkLoadEventSource> source);
+    ZkLoadEventSource* getLoadSource() const { return m_source.get(); }
     /// Ends the current load: every following loadNextNode returns null at once. Nodes that were
     /// open keep their loading bit.
     void abort();
@@ -102,8 +113,13 @@ protected:
 private:
     friend class ZkElement;
 
+    ZkNode* openParent() const;
+    ZkNode* loadStartTag(ZkNode* open);
+    void loadXInclude(ZkElement* element);
+
     ZkLock m_lock;
     ZkNameTable* m_nameTable;
+    std::unique_ptr<ZkLoadEventSource> m_source;
     UnicodeString m_baseUri;
     UnicodeString m_documentUri;
     ZkNode* m_lastLoadingNode;

@@ -16,6 +16,7 @@ class ZkTextNode;
 class ZkProcessingInstruction;
 class ZkDocumentFragment;
 class ZkDocument;
+class ZkLoadEventSource;
 class ZkNodeIterable;
 class ZkNodeList;
 class ChildNodeList;

@@ -1,0 +1,191 @@
+// ZkDocument: the incremental loader, which turns one source event after another into nodes.
+#include "zkcommon/core/error.h"
+#include "zkcommon/dom/document.h"
+#include "zkcommon/dom/element.h"
+#include "zkcommon/dom/loadsource.h"
+#include "zkcommon/dom/processinginstruction.h"
+#include "zkcommon/values/value.h"
+#include "zkcommon/xml/xmlutil.h"
+
+namespace ZkCommonNS {
+
+namespace {
+constexpr int kSiteLoadNextNode = 40;
+// Codes the source reports XInclude problems with: an unknown element of the namespace, and a
+// parse attribute other than "xml" or "text".
+constexpr unsigned short kErrorXIncludeElement = 186;
+constexpr unsigned short kErrorXIncludeParse = 187;
+} // namespace
+
+ZkLoadEventSource::~ZkLoadEventSource() = default;
+
+void ZkDocument::setLoadSource(std::unique_ptr<ZkLoadEventSource> source) {
+    ZkMutex guard(m_lock);
+    m_source = std::move(source);
+}
+
+void ZkDocument::abort() {
+    ZkMutex guard(m_lock);
+    m_lastLoadingNode = nullptr;
+}
+
+ZkNode* ZkDocument::beginLoad(ZkNode* target) {
+    if (!target)
+        target = this;
+    {
+        ZkMutex guard(m_lock);
+        m_skipDepth = 0;
+        m_lastLoadingNode = target;
+        target->setFlag(kLoading, true);
+        target->removeAllChildNodes(); // a load replaces the subtree
+    }
+    if (!m_pullMode) {
+        while (loadNextNode()) {
+        }
+    }
+    return target;
+}
+
+void ZkDocument::load() { beginLoad(this); }
+
+ZkNode* ZkDocument::openParent() const {
+    // A finished leaf (a text without the loading bit, an instruction) hands the role of the open
+    // node to its parent.
+    ZkNode* last = m_lastLoadingNode;
+    if ((last->isText() && !last->isLoading()) || last->isProcessingInstruction())
+        return last->getParentNodeFast();
+    return last;
+}
+
+ZkNode* ZkDocument::loadNextNode() {
+    ZkMutex guard(m_lock);
+    if (!m_lastLoadingNode)
+        return nullptr;
+    ZkNode* open = openParent();
+    if (!m_source) {
+        // Nothing to read: the input ends here, as at the end of a document.
+        if (open)
+            open->setLoadDone();
+        m_lastLoadingNode = nullptr;
+        return nullptr;
+    }
+    int event = m_source->next();
+    for (;;) {
+        // A refused element is skipped with everything inside it, its own end tag included.
+        while (m_skipDepth != 0) {
+            if (event == ZkLoadEventSource::END_DOCUMENT) {
+                m_skipDepth = 0;
+                break;
+            }
+            if (event == ZkLoadEventSource::END_TAG && m_source->getDepth() == m_skipDepth)
+                m_skipDepth = 0;
+            event = m_source->next();
+        }
+        if (!open) {
+            m_lastLoadingNode = nullptr;
+            return nullptr;
+        }
+        switch (event) {
+        case ZkLoadEventSource::END_TAG:
+            // A step doesn't stop at an end tag: it goes on until a node is added.
+            open->setLoadDone();
+            open = open->getParentNodeUncomplemental();
+            event = m_source->next();
+            continue;
+        case ZkLoadEventSource::END_DOCUMENT:
+            open->setLoadDone();
+            m_lastLoadingNode = nullptr;
+            return nullptr;
+        case ZkLoadEventSource::START_TAG:
+            if (ZkNode* element = loadStartTag(open)) {
+                m_lastLoadingNode = element;
+                return element;
+            }
+            break;
+        case ZkLoadEventSource::TEXT:
+            // The parent's override may choose to make no node for the text.
+            if (ZkNode* text = open->appendChildText(m_source->getText())) {
+                m_lastLoadingNode = text;
+                return text;
+            }
+            break;
+        case ZkLoadEventSource::PROCESSING_INSTRUCTION: {
+            ZkPtr<ZkProcessingInstruction> pi =
+                createProcessingInstruction(m_source->getTarget(), m_source->getText());
+            if (pi) {
+                open->appendChild(pi);
+                m_lastLoadingNode = pi;
+                return pi;
+            }
+            break;
+        }
+        default:
+            throwCommonError(ZK_ERROR_WRONG_STATE, kSiteLoadNextNode);
+        }
+        event = m_source->next();
+    }
+}
+
+ZkNode* ZkDocument::loadStartTag(ZkNode* open) {
+    ZkPtr<ZkElement> element =
+        createElementNS(m_source->getNamespace(), m_source->getPrefix(), m_source->getName());
+    if (!element) {
+        m_skipDepth = m_source->getDepth();
+        return nullptr;
+    }
+    element->setFlag(kLoading, true);
+    element->setSourceLineNumber(m_source->getLineNumber());
+    element->setSourceColumnNumber(m_source->getColumnNumber());
+    const int count = m_source->getAttributeCount();
+    for (int i = 0; i < count; ++i) {
+        element->setAttributeEx(m_source->getAttributeNamespace(i), m_source->getAttributePrefix(i),
+                                m_source->getAttributeName(i), m_source->getAttributeValue(i));
+    }
+    element->finishAttributes();
+    if (element->getNamespaceUri() == ZKN_NS_XINCLUDE) {
+        loadXInclude(element);
+        return nullptr;
+    }
+    ZkNode* placed = open->appendChildEx(element);
+    if (!placed || !placed->isElementNode()) {
+        m_skipDepth = m_source->getDepth();
+        return nullptr;
+    }
+    return placed;
+}
+
+void ZkDocument::loadXInclude(ZkElement* element) {
+    // The include element itself never joins the tree; what it names takes its place.
+    if (element->getLocalName() != ZKN_include) {
+        m_source->throwError(kErrorXIncludeElement,
+                             ZkXmlUtil::makeQNameStr(element->getPrefix().toString(),
+                                                     element->getLocalName().toString()),
+                             UnicodeString());
+        return;
+    }
+    m_xincludeSeen = true;
+    const UnicodeString href = element->getAttribute(ZKN_href).toString();
+    UnicodeString parse = element->getAttribute(ZKN_parse).toString();
+    const UnicodeString encoding = element->getAttribute(ZKN_encoding).toString();
+    // Fallback content is never used: the whole element is read past.
+    for (int open = 1; open > 0;) {
+        const int event = m_source->next();
+        if (event == ZkLoadEventSource::START_TAG)
+            ++open;
+        else if (event == ZkLoadEventSource::END_TAG)
+            --open;
+        else if (event == ZkLoadEventSource::END_DOCUMENT)
+            break;
+    }
+    if (href.isEmpty())
+        return;
+    if (parse.isEmpty())
+        parse = ZkName(ZKN_xml).toString();
+    if (parse != ZkName(ZKN_xml).toString() && parse != ZkName(ZKN_text).toString()) {
+        m_source->throwError(kErrorXIncludeParse, ZkName(ZKN_parse).toString(), parse);
+        return;
+    }
+    m_source->pushStream(href, ZkName(parse), encoding);
+}
+
+} // namespace ZkCommonNS
