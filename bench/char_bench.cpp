@@ -3,17 +3,15 @@
 // textbook table-driven RFC 4648 loops over byte strings), on the same input in the same run.
 #include "ratio.h"
 
-#include <zkcommon/core/char.h>
-#include <zkcommon/text/util.h>
-
 #include <benchmark/benchmark.h>
-#include <unicode/uchar.h>
-
 #include <cstdint>
 #include <random>
 #include <sstream>
 #include <string>
+#include <unicode/uchar.h>
 #include <vector>
+#include <zkcommon/core/char.h>
+#include <zkcommon/text/util.h>
 
 using namespace ZkCommonNS;
 
@@ -22,8 +20,7 @@ namespace {
 // A mixed document of one million code points: mostly ASCII markup and text, with Latin-1,
 // Japanese and a few supplementary characters, in the proportions of a typical multilingual
 // input.
-const std::vector<UChar32>& sampleText()
-{
+const std::vector<UChar32>& sampleText() {
     static const std::vector<UChar32> text = [] {
         std::vector<UChar32> out;
         std::mt19937 random(42);
@@ -45,8 +42,7 @@ const std::vector<UChar32>& sampleText()
     return text;
 }
 
-const std::string& sampleBytes()
-{
+const std::string& sampleBytes() {
     static const std::string bytes = [] {
         std::string out(4 << 20, '\0');
         std::mt19937 random(7);
@@ -57,8 +53,7 @@ const std::string& sampleBytes()
     return bytes;
 }
 
-void BM_ZkIsNCNameChar(benchmark::State& state)
-{
+void BM_ZkIsNCNameChar(benchmark::State& state) {
     const std::vector<UChar32>& text = sampleText();
     for (auto _ : state) {
         int count = 0;
@@ -70,8 +65,7 @@ void BM_ZkIsNCNameChar(benchmark::State& state)
 }
 
 // The ICU property nearest to an XML name character.
-void BM_IcuIdContinue(benchmark::State& state)
-{
+void BM_IcuIdContinue(benchmark::State& state) {
     const std::vector<UChar32>& text = sampleText();
     for (auto _ : state) {
         int count = 0;
@@ -82,8 +76,7 @@ void BM_IcuIdContinue(benchmark::State& state)
     state.SetItemsProcessed(int64_t(state.iterations()) * int64_t(text.size()));
 }
 
-void BM_ZkIsValidChar(benchmark::State& state)
-{
+void BM_ZkIsValidChar(benchmark::State& state) {
     const std::vector<UChar32>& text = sampleText();
     for (auto _ : state) {
         int count = 0;
@@ -95,8 +88,7 @@ void BM_ZkIsValidChar(benchmark::State& state)
 }
 
 // The plainest ICU look-up: the general category of each code point.
-void BM_IcuCharType(benchmark::State& state)
-{
+void BM_IcuCharType(benchmark::State& state) {
     const std::vector<UChar32>& text = sampleText();
     for (auto _ : state) {
         int count = 0;
@@ -108,8 +100,7 @@ void BM_IcuCharType(benchmark::State& state)
 }
 
 // The reference codec: the straightforward RFC 4648 loops a user would otherwise write.
-std::string referenceEncode(const std::string& in)
-{
+std::string referenceEncode(const std::string& in) {
     static const char kAlphabet[] =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string out;
@@ -137,8 +128,7 @@ std::string referenceEncode(const std::string& in)
     return out;
 }
 
-std::string referenceDecode(const std::string& in)
-{
+std::string referenceDecode(const std::string& in) {
     int table[256];
     for (int& v : table)
         v = -1;
@@ -173,8 +163,7 @@ std::string referenceDecode(const std::string& in)
     return out;
 }
 
-void BM_ZkBase64Encode(benchmark::State& state)
-{
+void BM_ZkBase64Encode(benchmark::State& state) {
     const std::string& bytes = sampleBytes();
     for (auto _ : state) {
         std::istringstream in(bytes);
@@ -184,8 +173,7 @@ void BM_ZkBase64Encode(benchmark::State& state)
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(bytes.size()));
 }
 
-void BM_ReferenceBase64Encode(benchmark::State& state)
-{
+void BM_ReferenceBase64Encode(benchmark::State& state) {
     const std::string& bytes = sampleBytes();
     for (auto _ : state)
         benchmark::DoNotOptimize(referenceEncode(bytes));
@@ -193,8 +181,7 @@ void BM_ReferenceBase64Encode(benchmark::State& state)
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(bytes.size()));
 }
 
-void BM_ZkBase64Decode(benchmark::State& state)
-{
+void BM_ZkBase64Decode(benchmark::State& state) {
     const std::string& bytes = sampleBytes();
     std::istringstream in(bytes);
     UnicodeString text = ZkUtil::encodeBase64(in, int(bytes.size()));
@@ -207,8 +194,7 @@ void BM_ZkBase64Decode(benchmark::State& state)
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(bytes.size()));
 }
 
-void BM_ReferenceBase64Decode(benchmark::State& state)
-{
+void BM_ReferenceBase64Decode(benchmark::State& state) {
     const std::string& bytes = sampleBytes();
     std::string text = referenceEncode(bytes);
     for (auto _ : state)
@@ -228,8 +214,7 @@ BENCHMARK(BM_ReferenceBase64Encode);
 BENCHMARK(BM_ZkBase64Decode);
 BENCHMARK(BM_ReferenceBase64Decode);
 
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     return zkbench::runWithRatios(argc, argv,
                                   {{"BM_ZkIsNCNameChar", "BM_IcuIdContinue"},
                                    {"BM_ZkIsValidChar", "BM_IcuCharType"},

@@ -1,20 +1,18 @@
 // zk base64: encodes a file to Base64 text or decodes Base64 text to bytes.
 #include "command.h"
 
-#include <zkcommon/text/util.h>
-
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <string>
+#include <zkcommon/text/util.h>
 
 namespace zktool {
 namespace {
 
 using namespace ZkCommonNS;
 
-int base64Command(const Args& args)
-{
+int base64Command(const Args& args) {
     if (args.size() != 2 || (args[0] != "encode" && args[0] != "decode"))
         return usage("base64");
     const std::string& path = args[1];

@@ -1,15 +1,13 @@
 // zk char: prints the classes and the vertical orientation of code points.
 #include "command.h"
 
-#include <zkcommon/core/char.h>
-
-#include <unicode/uchar.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <unicode/uchar.h>
 #include <vector>
+#include <zkcommon/core/char.h>
 
 namespace zktool {
 namespace {
@@ -17,16 +15,15 @@ namespace {
 using namespace ZkCommonNS;
 
 // "U+3042", "u+3042", "0x3042", or a single character given as itself.
-bool parseCodePoint(const std::string& text, UChar32& c)
-{
+bool parseCodePoint(const std::string& text, UChar32& c) {
     std::string digits;
     if (text.size() > 2 && (text[0] == 'U' || text[0] == 'u') && text[1] == '+')
         digits = text.substr(2);
     else if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X'))
         digits = text.substr(2);
     if (!digits.empty()) {
-        if (digits.size() > 6 || digits.find_first_not_of("0123456789abcdefABCDEF") !=
-                                     std::string::npos)
+        if (digits.size() > 6 ||
+            digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
             return false;
         c = static_cast<UChar32>(std::strtol(digits.c_str(), nullptr, 16));
         return c <= 0x10FFFF;
@@ -38,24 +35,24 @@ bool parseCodePoint(const std::string& text, UChar32& c)
     return true;
 }
 
-const char* orientationName(ZkChar::TR50Property property)
-{
+const char* orientationName(ZkChar::TR50Property property) {
     switch (property) {
-    case ZkChar::TR50_UPRIGHT: return "upright";
-    case ZkChar::TR50_ROTATED: return "rotated";
-    case ZkChar::TR50_CUSTOM: return "custom";
+    case ZkChar::TR50_UPRIGHT:
+        return "upright";
+    case ZkChar::TR50_ROTATED:
+        return "rotated";
+    case ZkChar::TR50_CUSTOM:
+        return "custom";
     }
     return "?";
 }
 
-std::string propertyValueName(UProperty property, int32_t value)
-{
+std::string propertyValueName(UProperty property, int32_t value) {
     const char* name = u_getPropertyValueName(property, value, U_SHORT_PROPERTY_NAME);
     return name ? name : std::to_string(value);
 }
 
-void printCodePoint(UChar32 c)
-{
+void printCodePoint(UChar32 c) {
     char heading[64];
     std::snprintf(heading, sizeof heading, "U+%04X", static_cast<unsigned>(c));
     char name[256] = "";
@@ -138,8 +135,7 @@ void printCodePoint(UChar32 c)
               << "\n";
 }
 
-int charCommand(const Args& args)
-{
+int charCommand(const Args& args) {
     if (args.empty())
         return usage("char");
     int status = 0;

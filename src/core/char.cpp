@@ -15,10 +15,9 @@ struct CodeRange {
 
 // NameStartChar of XML 1.0 fifth edition without ":" (Namespaces in XML: NCName), below U+10000.
 constexpr CodeRange kNCNameStartRanges[] = {
-    {'A', 'Z'},         {'_', '_'},         {'a', 'z'},         {0xC0, 0xD6},
-    {0xD8, 0xF6},       {0xF8, 0x2FF},      {0x370, 0x37D},     {0x37F, 0x1FFF},
-    {0x200C, 0x200D},   {0x2070, 0x218F},   {0x2C00, 0x2FEF},   {0x3001, 0xD7FF},
-    {0xF900, 0xFDCF},   {0xFDF0, 0xFFFD},
+    {'A', 'Z'},       {'_', '_'},       {'a', 'z'},       {0xC0, 0xD6},     {0xD8, 0xF6},
+    {0xF8, 0x2FF},    {0x370, 0x37D},   {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F},
+    {0x2C00, 0x2FEF}, {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD},
 };
 
 // What NameChar adds to the start characters.
@@ -26,11 +25,9 @@ constexpr CodeRange kNCNameExtraRanges[] = {
     {'-', '.'}, {'0', '9'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040},
 };
 
-
 // Walks `s` by code point: the first one through `start`, the rest through `rest`.
 template <class StartTest, class RestTest>
-bool allCodePoints(const UnicodeString& s, StartTest start, RestTest rest)
-{
+bool allCodePoints(const UnicodeString& s, StartTest start, RestTest rest) {
     int length = s.length();
     if (length == 0)
         return false;
@@ -43,8 +40,7 @@ bool allCodePoints(const UnicodeString& s, StartTest start, RestTest rest)
     return true;
 }
 
-template <size_t N> bool inSortedList(const UChar32 (&list)[N], UChar32 c)
-{
+template <size_t N> bool inSortedList(const UChar32 (&list)[N], UChar32 c) {
     return std::binary_search(std::begin(list), std::end(list), c);
 }
 
@@ -69,14 +65,13 @@ const UChar32 kSymbolJIS[] = {
 // The characters above Latin-1 that legacy Japanese fonts set half width (the Windows-1252
 // extras among them).
 const UChar32 kHalfExtras[] = {
-    0x152,  0x153,  0x160,  0x161,  0x178,  0x17D,  0x17E,  0x192,  0x2C6,  0x2DC,
-    0x2010, 0x2013, 0x2014, 0x2018, 0x2019, 0x201A, 0x201C, 0x201D, 0x201E, 0x2020,
-    0x2021, 0x2022, 0x2026, 0x2030, 0x2039, 0x203A, 0x2122,
+    0x152,  0x153,  0x160,  0x161,  0x178,  0x17D,  0x17E,  0x192,  0x2C6,
+    0x2DC,  0x2010, 0x2013, 0x2014, 0x2018, 0x2019, 0x201A, 0x201C, 0x201D,
+    0x201E, 0x2020, 0x2021, 0x2022, 0x2026, 0x2030, 0x2039, 0x203A, 0x2122,
 };
 
 // Dashes and leaders that must not be split when doubled.
-bool isDoublingInseparable(UChar32 c) noexcept
-{
+bool isDoublingInseparable(UChar32 c) noexcept {
     switch (c) {
     case 0x2014: // EM DASH
     case 0x2015: // HORIZONTAL BAR
@@ -94,8 +89,7 @@ bool isDoublingInseparable(UChar32 c) noexcept
 } // namespace
 
 // The bitmaps are built by the compiler, so the scanners' hot test is one load and a shift.
-constexpr ZkChar::NameBitmap ZkChar::buildNameBitmap()
-{
+constexpr ZkChar::NameBitmap ZkChar::buildNameBitmap() {
     ZkChar::NameBitmap map{};
     for (const CodeRange& range : kNCNameStartRanges) {
         for (UChar32 c = range.first; c <= range.last; ++c) {
@@ -112,33 +106,42 @@ constexpr ZkChar::NameBitmap ZkChar::buildNameBitmap()
 
 const ZkChar::NameBitmap ZkChar::s_nameBitmap = buildNameBitmap();
 
-bool ZkChar::isNameStr(const UnicodeString& s)
-{
+bool ZkChar::isNameStr(const UnicodeString& s) {
     // Proves the bitmap a constant expression, hence initialised before any code runs.
     static_assert(buildNameBitmap().bits[0]['A' >> 5] != 0, "name bitmap built at compile time");
     return allCodePoints(s, isNameStartChar, isNameChar);
 }
 
-bool ZkChar::isNCNameStr(const UnicodeString& s)
-{
+bool ZkChar::isNCNameStr(const UnicodeString& s) {
     return allCodePoints(s, isNCNameStartChar, isNCNameChar);
 }
 
-bool ZkChar::isMIMETokenChar(UChar32 c) noexcept
-{
+bool ZkChar::isMIMETokenChar(UChar32 c) noexcept {
     if (c < 0x21 || c > 0x7E)
         return false;
     switch (c) {
-    case '"': case '(': case ')': case ',': case '/': case ':': case ';': case '<': case '=':
-    case '>': case '?': case '@': case '[': case '\\': case ']':
+    case '"':
+    case '(':
+    case ')':
+    case ',':
+    case '/':
+    case ':':
+    case ';':
+    case '<':
+    case '=':
+    case '>':
+    case '?':
+    case '@':
+    case '[':
+    case '\\':
+    case ']':
         return false;
     default:
         return true;
     }
 }
 
-bool ZkChar::isEmptyOrWhitespace(const UnicodeString& s)
-{
+bool ZkChar::isEmptyOrWhitespace(const UnicodeString& s) {
     const char16_t* p = s.getBuffer();
     int length = s.length();
     for (int i = 0; i < length; ++i) {
@@ -148,13 +151,11 @@ bool ZkChar::isEmptyOrWhitespace(const UnicodeString& s)
     return true;
 }
 
-bool ZkChar::isWhitespace(const UnicodeString& s)
-{
+bool ZkChar::isWhitespace(const UnicodeString& s) {
     return !s.isEmpty() && isEmptyOrWhitespace(s);
 }
 
-bool ZkChar::isZeroWidthControlCode(UChar32 c) noexcept
-{
+bool ZkChar::isZeroWidthControlCode(UChar32 c) noexcept {
     if (c == 0xAD)
         return false;
     if (isVariationSelectorCharacter(c) || isIdeographicVariationSelectorCharacter(c))
@@ -168,35 +169,29 @@ bool ZkChar::isZeroWidthControlCode(UChar32 c) noexcept
     return !u_isblank(c);
 }
 
-bool ZkChar::isHyphen(UChar32 c, bool excludeSoftHyphen) noexcept
-{
+bool ZkChar::isHyphen(UChar32 c, bool excludeSoftHyphen) noexcept {
     return c == '-' || c == 0x2010 || c == 0x2011 || (c == 0xAD && !excludeSoftHyphen);
 }
 
-bool ZkChar::isHankaku(UChar32 c) noexcept
-{
+bool ZkChar::isHankaku(UChar32 c) noexcept {
     return isHankaku(getEastAsianWidth(c));
 }
 
-bool ZkChar::isZenkaku(UChar32 c) noexcept
-{
+bool ZkChar::isZenkaku(UChar32 c) noexcept {
     return isZenkaku(getEastAsianWidth(c));
 }
 
-bool ZkChar::isZenkakuAmbiguous(UChar32 c) noexcept
-{
+bool ZkChar::isZenkakuAmbiguous(UChar32 c) noexcept {
     return isZenkakuAmbiguous(getEastAsianWidth(c));
 }
 
-bool ZkChar::isHalf(UChar32 c) noexcept
-{
+bool ZkChar::isHalf(UChar32 c) noexcept {
     if (c < 0x100)
         return c >= 0;
     return inSortedList(kHalfExtras, c);
 }
 
-bool ZkChar::isOpenParenEtc(UChar32 c) noexcept
-{
+bool ZkChar::isOpenParenEtc(UChar32 c) noexcept {
     if (c == 0x2018 || c == 0x201C)
         return true;
     if (c < 0 || c > 0x10FFFF)
@@ -205,8 +200,7 @@ bool ZkChar::isOpenParenEtc(UChar32 c) noexcept
     return punctuation && getLineBreak(c) == U_LB_OPEN_PUNCTUATION;
 }
 
-bool ZkChar::isCloseParenEtc(UChar32 c) noexcept
-{
+bool ZkChar::isCloseParenEtc(UChar32 c) noexcept {
     if (c == 0x2019 || c == 0x201D)
         return true;
     if (c < 0 || c > 0x10FFFF)
@@ -216,14 +210,12 @@ bool ZkChar::isCloseParenEtc(UChar32 c) noexcept
     return punctuation && (lb == U_LB_CLOSE_PUNCTUATION || lb == U_LB_CLOSE_PARENTHESIS);
 }
 
-bool ZkChar::isPunct(UChar32 c) noexcept
-{
+bool ZkChar::isPunct(UChar32 c) noexcept {
     // U+FF5E FULLWIDTH TILDE serves as the Japanese wave dash; it is Sm in the database.
     return c == 0xFF5E || isPunct(getCategory(c));
 }
 
-bool ZkChar::isPunct(UCharCategory category) noexcept
-{
+bool ZkChar::isPunct(UCharCategory category) noexcept {
     switch (category) {
     case U_DASH_PUNCTUATION:
     case U_START_PUNCTUATION:
@@ -238,15 +230,13 @@ bool ZkChar::isPunct(UCharCategory category) noexcept
     }
 }
 
-bool ZkChar::isNonStarterJIS(UChar32 c) noexcept
-{
+bool ZkChar::isNonStarterJIS(UChar32 c) noexcept {
     if ((c >= 0x31F0 && c <= 0x31FF) || (c >= 0xFF67 && c <= 0xFF70))
         return true;
     return inSortedList(kNonStarterJIS, c);
 }
 
-bool ZkChar::isSymbolJIS(UChar32 c) noexcept
-{
+bool ZkChar::isSymbolJIS(UChar32 c) noexcept {
     if ((c >= 0x2160 && c <= 0x2169) || (c >= 0x2190 && c <= 0x2193) ||
         (c >= 0x221D && c <= 0x2220) || (c >= 0x2227 && c <= 0x222C) ||
         (c >= 0x2460 && c <= 0x2473))
@@ -254,31 +244,27 @@ bool ZkChar::isSymbolJIS(UChar32 c) noexcept
     return inSortedList(kSymbolJIS, c);
 }
 
-bool ZkChar::isKanaKanjiCJK(UChar32 c) noexcept
-{
+bool ZkChar::isKanaKanjiCJK(UChar32 c) noexcept {
     return (c >= 0x2E80 && c <= 0x2FDF) || (c >= 0x3000 && c <= 0x4DBF) ||
            (c >= 0x4E00 && c <= 0x9FFF) || (c >= 0xF900 && c <= 0xFAFF) ||
            (c >= 0xFF00 && c <= 0xFF60) || (c >= 0xFFE0 && c <= 0xFFE7) ||
            (c >= 0x20000 && c <= 0x2FFFF);
 }
 
-bool ZkChar::isAmbiguousHan(UChar32 c) noexcept
-{
+bool ZkChar::isAmbiguousHan(UChar32 c) noexcept {
     return (c >= 0x2E80 && c <= 0x2FDF) || (c >= 0x3400 && c <= 0x4DB5) ||
            (c >= 0x4E00 && c <= 0x9FFF) || (c >= 0xF900 && c <= 0xFAFF) ||
            (c >= 0xFF00 && c <= 0xFF60) || (c >= 0x20000 && c <= 0x2FFFF);
 }
 
-bool ZkChar::isInseparableChar(UChar32 c1, UChar32 c2) noexcept
-{
+bool ZkChar::isInseparableChar(UChar32 c1, UChar32 c2) noexcept {
     if (c1 == c2)
         return isDoublingInseparable(c1);
     // U+3033/U+3034 VERTICAL KANA REPEAT MARK UPPER HALF before U+3035 LOWER HALF.
     return (c1 == 0x3033 || c1 == 0x3034) && c2 == 0x3035;
 }
 
-bool ZkChar::isInseparableCharEx(const UnicodeString& s, int index, INSEPARABLECHAR_METHOD method)
-{
+bool ZkChar::isInseparableCharEx(const UnicodeString& s, int index, INSEPARABLECHAR_METHOD method) {
     int length = s.length();
     if (index < 0 || index >= length)
         return false;

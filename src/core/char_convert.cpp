@@ -28,19 +28,38 @@ const char16_t kSmallKatakanaExt[16] = {
     0x30D8, 0x30DB, 0x30E0, 0x30E9, 0x30EA, 0x30EB, 0x30EC, 0x30ED,
 };
 
-char16_t fullsizeKana(char16_t c) noexcept
-{
+char16_t fullsizeKana(char16_t c) noexcept {
     switch (c) {
     // Hiragana and katakana small vowels, tsu, ya, yu, yo and wa sit one below the plain form.
-    case 0x3041: case 0x3043: case 0x3045: case 0x3047: case 0x3049: case 0x3063:
-    case 0x3083: case 0x3085: case 0x3087: case 0x308E:
-    case 0x30A1: case 0x30A3: case 0x30A5: case 0x30A7: case 0x30A9: case 0x30C3:
-    case 0x30E3: case 0x30E5: case 0x30E7: case 0x30EE:
+    case 0x3041:
+    case 0x3043:
+    case 0x3045:
+    case 0x3047:
+    case 0x3049:
+    case 0x3063:
+    case 0x3083:
+    case 0x3085:
+    case 0x3087:
+    case 0x308E:
+    case 0x30A1:
+    case 0x30A3:
+    case 0x30A5:
+    case 0x30A7:
+    case 0x30A9:
+    case 0x30C3:
+    case 0x30E3:
+    case 0x30E5:
+    case 0x30E7:
+    case 0x30EE:
         return static_cast<char16_t>(c + 1);
-    case 0x3095: return 0x304B; // SMALL KA
-    case 0x3096: return 0x3051; // SMALL KE
-    case 0x30F5: return 0x30AB;
-    case 0x30F6: return 0x30B1;
+    case 0x3095:
+        return 0x304B; // SMALL KA
+    case 0x3096:
+        return 0x3051; // SMALL KE
+    case 0x30F5:
+        return 0x30AB;
+    case 0x30F6:
+        return 0x30B1;
     default:
         if (c >= 0x31F0 && c <= 0x31FF)
             return kSmallKatakanaExt[c - 0x31F0];
@@ -48,8 +67,7 @@ char16_t fullsizeKana(char16_t c) noexcept
     }
 }
 
-void appendEscapedUtf8(UnicodeString& out, UChar32 c, UChar32 esc)
-{
+void appendEscapedUtf8(UnicodeString& out, UChar32 c, UChar32 esc) {
     static const char16_t kDigits[] = u"0123456789ABCDEF";
     uint8_t bytes[4];
     int length = 0;
@@ -61,8 +79,7 @@ void appendEscapedUtf8(UnicodeString& out, UChar32 c, UChar32 esc)
     }
 }
 
-int hexValue(UChar32 c) noexcept
-{
+int hexValue(UChar32 c) noexcept {
     if (c >= '0' && c <= '9')
         return c - '0';
     if (c >= 'a' && c <= 'f')
@@ -72,26 +89,23 @@ int hexValue(UChar32 c) noexcept
     return -1;
 }
 
-bool isCssIdentStart(UChar32 c) noexcept
-{
+bool isCssIdentStart(UChar32 c) noexcept {
     if (c < 0x80)
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
     return c == 0xB7 || (c >= 0xC0 && c <= 0xD6) || (c >= 0xD8 && c <= 0xF6) ||
-           (c >= 0xF8 && c <= 0x37D) || (c >= 0x37F && c <= 0x1FFF) || c == 0x200C ||
-           c == 0x200D || c == 0x203F || c == 0x2040 || (c >= 0x2070 && c <= 0x218F) ||
+           (c >= 0xF8 && c <= 0x37D) || (c >= 0x37F && c <= 0x1FFF) || c == 0x200C || c == 0x200D ||
+           c == 0x203F || c == 0x2040 || (c >= 0x2070 && c <= 0x218F) ||
            (c >= 0x2C00 && c <= 0x2FEF) || (c >= 0x3001 && c <= 0xD7FF) ||
            (c >= 0xF900 && c <= 0xFDCF) || (c >= 0xFDF0 && c <= 0xFFFD) || c >= 0x10000;
 }
 
-bool isCssIdentChar(UChar32 c) noexcept
-{
+bool isCssIdentChar(UChar32 c) noexcept {
     return isCssIdentStart(c) || (c >= '0' && c <= '9') || c == '-';
 }
 
 } // namespace
 
-UnicodeString ZkChar::toZenkaku(UnicodeString& s)
-{
+UnicodeString ZkChar::toZenkaku(UnicodeString& s) {
     int length = s.length();
     for (int i = 0; i < length; ++i) {
         char16_t c = s.charAt(i);
@@ -102,8 +116,7 @@ UnicodeString ZkChar::toZenkaku(UnicodeString& s)
     return s;
 }
 
-UnicodeString ZkChar::toZenkakuKana(UnicodeString& s)
-{
+UnicodeString ZkChar::toZenkakuKana(UnicodeString& s) {
     int length = s.length();
     for (int i = 0; i < length; ++i) {
         char16_t c = s.charAt(i);
@@ -113,8 +126,7 @@ UnicodeString ZkChar::toZenkakuKana(UnicodeString& s)
     return s;
 }
 
-UnicodeString ZkChar::toFullsizeKana(UnicodeString& s)
-{
+UnicodeString ZkChar::toFullsizeKana(UnicodeString& s) {
     int length = s.length();
     for (int i = 0; i < length; ++i) {
         char16_t c = s.charAt(i);
@@ -125,15 +137,13 @@ UnicodeString ZkChar::toFullsizeKana(UnicodeString& s)
     return s;
 }
 
-UnicodeString ZkChar::toAsciiLower(const UnicodeString& s)
-{
+UnicodeString ZkChar::toAsciiLower(const UnicodeString& s) {
     UnicodeString copy(s);
     toAsciiLower(copy);
     return copy;
 }
 
-UnicodeString& ZkChar::toAsciiLower(UnicodeString& s)
-{
+UnicodeString& ZkChar::toAsciiLower(UnicodeString& s) {
     int length = s.length();
     for (int i = 0; i < length; ++i) {
         char16_t c = s.charAt(i);
@@ -143,15 +153,13 @@ UnicodeString& ZkChar::toAsciiLower(UnicodeString& s)
     return s;
 }
 
-UnicodeString ZkChar::toAsciiUpper(const UnicodeString& s)
-{
+UnicodeString ZkChar::toAsciiUpper(const UnicodeString& s) {
     UnicodeString copy(s);
     toAsciiUpper(copy);
     return copy;
 }
 
-UnicodeString& ZkChar::toAsciiUpper(UnicodeString& s)
-{
+UnicodeString& ZkChar::toAsciiUpper(UnicodeString& s) {
     int length = s.length();
     for (int i = 0; i < length; ++i) {
         char16_t c = s.charAt(i);
@@ -161,8 +169,7 @@ UnicodeString& ZkChar::toAsciiUpper(UnicodeString& s)
     return s;
 }
 
-UnicodeString ZkChar::getMirrorString(const UnicodeString& s)
-{
+UnicodeString ZkChar::getMirrorString(const UnicodeString& s) {
     UnicodeString out;
     int length = s.length();
     for (int i = 0; i < length;) {
@@ -173,8 +180,7 @@ UnicodeString ZkChar::getMirrorString(const UnicodeString& s)
     return out;
 }
 
-UChar32 ZkChar::UTF8toUChar32(uint8_t b0, uint8_t b1, uint8_t b2, uint8_t b3) noexcept
-{
+UChar32 ZkChar::UTF8toUChar32(uint8_t b0, uint8_t b1, uint8_t b2, uint8_t b3) noexcept {
     auto continuation = [](uint8_t b) { return (b & 0xC0) == 0x80; };
     if (b0 < 0x80)
         return b0;
@@ -196,21 +202,18 @@ UChar32 ZkChar::UTF8toUChar32(uint8_t b0, uint8_t b1, uint8_t b2, uint8_t b3) no
     return 0xFFFD;
 }
 
-UChar32 ZkChar::UTF16toUChar32(char16_t u0, char16_t u1) noexcept
-{
+UChar32 ZkChar::UTF16toUChar32(char16_t u0, char16_t u1) noexcept {
     if (U16_IS_LEAD(u0))
         return U16_IS_TRAIL(u1) ? U16_GET_SUPPLEMENTARY(u0, u1) : 0xFFFD;
     return u0;
 }
 
-UChar32 ZkChar::last32(const UnicodeString& s)
-{
+UChar32 ZkChar::last32(const UnicodeString& s) {
     int length = s.length();
     return length == 0 ? U_SENTINEL : s.char32At(length - 1);
 }
 
-UnicodeString ZkChar::escapeNCNameStr(const UnicodeString& s, UChar32 esc)
-{
+UnicodeString ZkChar::escapeNCNameStr(const UnicodeString& s, UChar32 esc) {
     UnicodeString out;
     int length = s.length();
     for (int i = 0; i < length;) {
@@ -225,16 +228,15 @@ UnicodeString ZkChar::escapeNCNameStr(const UnicodeString& s, UChar32 esc)
     return out;
 }
 
-UnicodeString ZkChar::unescapeNCNameStr(const UnicodeString& s, UChar32 esc)
-{
+UnicodeString ZkChar::unescapeNCNameStr(const UnicodeString& s, UChar32 esc) {
     UnicodeString out;
     std::string bytes;
     int length = s.length();
     int escLength = U16_LENGTH(esc);
     for (int i = 0; i < length;) {
         UChar32 c = s.char32At(i);
-        if (c == esc && i + escLength + 1 < length &&
-            hexValue(s.charAt(i + escLength)) >= 0 && hexValue(s.charAt(i + escLength + 1)) >= 0) {
+        if (c == esc && i + escLength + 1 < length && hexValue(s.charAt(i + escLength)) >= 0 &&
+            hexValue(s.charAt(i + escLength + 1)) >= 0) {
             bytes.push_back(static_cast<char>(hexValue(s.charAt(i + escLength)) * 16 +
                                               hexValue(s.charAt(i + escLength + 1))));
             i += escLength + 2;
@@ -252,8 +254,7 @@ UnicodeString ZkChar::unescapeNCNameStr(const UnicodeString& s, UChar32 esc)
     return out;
 }
 
-UnicodeString ZkChar::replaceToCSSIdentTokenStr(const UnicodeString& s, UChar32 repl)
-{
+UnicodeString ZkChar::replaceToCSSIdentTokenStr(const UnicodeString& s, UChar32 repl) {
     UnicodeString out;
     int length = s.length();
     int i = 0;

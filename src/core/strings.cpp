@@ -1,10 +1,9 @@
 // The shared empty and bogus strings, and the 8-bit forms of ZkCStr and ZkUtfStr.
 #include "zkcommon/core/strings.h"
 
-#include <unicode/ucnv.h>
-
 #include <cstring>
 #include <memory>
+#include <unicode/ucnv.h>
 
 namespace ZkCommonNS {
 
@@ -20,8 +19,7 @@ struct ConverterCloser {
 };
 using ConverterPtr = std::unique_ptr<UConverter, ConverterCloser>;
 
-ConverterPtr openConverter(const std::string& encoding)
-{
+ConverterPtr openConverter(const std::string& encoding) {
     UErrorCode status = U_ZERO_ERROR;
     ConverterPtr converter(ucnv_open(encoding.c_str(), &status));
     if (U_FAILURE(status))
@@ -31,8 +29,7 @@ ConverterPtr openConverter(const std::string& encoding)
 
 // UTF-8 is handled by ICU's own string functions; other encodings go through a converter,
 // and an unknown encoding name falls back to UTF-8 rather than to nothing.
-std::string encode(const UnicodeString& text, const std::string& encoding)
-{
+std::string encode(const UnicodeString& text, const std::string& encoding) {
     std::string bytes;
     if (ucnv_compareNames(encoding.c_str(), "UTF-8") != 0) {
         if (ConverterPtr converter = openConverter(encoding)) {
@@ -54,8 +51,7 @@ std::string encode(const UnicodeString& text, const std::string& encoding)
     return bytes;
 }
 
-UnicodeString decode(const char* bytes, const std::string& encoding)
-{
+UnicodeString decode(const char* bytes, const std::string& encoding) {
     if (!bytes)
         return UnicodeString();
     if (ucnv_compareNames(encoding.c_str(), "UTF-8") != 0) {
@@ -69,20 +65,16 @@ UnicodeString decode(const char* bytes, const std::string& encoding)
 } // namespace
 
 ZkCStr::ZkCStr(const UnicodeString& text, const char* encoding)
-    : UnicodeString(text), m_encoding(encoding ? encoding : kDefaultEncoding)
-{
-}
+    : UnicodeString(text), m_encoding(encoding ? encoding : kDefaultEncoding) {}
 
 ZkCStr::ZkCStr(const char* bytes, const char* encoding)
-    : m_encoding(encoding ? encoding : kDefaultEncoding)
-{
+    : m_encoding(encoding ? encoding : kDefaultEncoding) {
     UnicodeString::operator=(decode(bytes, m_encoding));
 }
 
 ZkCStr::ZkCStr(const ZkCStr& other) : UnicodeString(other), m_encoding(other.m_encoding) {}
 
-ZkCStr& ZkCStr::operator=(const ZkCStr& other)
-{
+ZkCStr& ZkCStr::operator=(const ZkCStr& other) {
     if (this != &other) {
         UnicodeString::operator=(other);
         m_encoding = other.m_encoding;
@@ -91,15 +83,13 @@ ZkCStr& ZkCStr::operator=(const ZkCStr& other)
     return *this;
 }
 
-ZkCStr& ZkCStr::operator=(const UnicodeString& text)
-{
+ZkCStr& ZkCStr::operator=(const UnicodeString& text) {
     UnicodeString::operator=(text);
     m_bytesValid = false;
     return *this;
 }
 
-void ZkCStr::refresh() const
-{
+void ZkCStr::refresh() const {
     // The base class can be changed behind our back, so the cache remembers its source text.
     const UnicodeString& self = *this;
     if (m_bytesValid && m_bytesFrom == self && m_bytesFrom.isBogus() == self.isBogus())
@@ -109,20 +99,17 @@ void ZkCStr::refresh() const
     m_bytesValid = true;
 }
 
-const char* ZkCStr::c_str() const
-{
+const char* ZkCStr::c_str() const {
     refresh();
     return m_bytes.c_str();
 }
 
-int ZkCStr::length8() const
-{
+int ZkCStr::length8() const {
     refresh();
     return static_cast<int>(m_bytes.size());
 }
 
-ZkUtfStr::ZkUtfStr(const UnicodeString& text, bool xmlEscape) : ZkCStr(text, "UTF-8")
-{
+ZkUtfStr::ZkUtfStr(const UnicodeString& text, bool xmlEscape) : ZkCStr(text, "UTF-8") {
     if (!xmlEscape)
         return;
     findAndReplace(UnicodeString(u"&"), UnicodeString(u"&amp;"));

@@ -16,8 +16,7 @@ const char16_t kAlphabet[] = u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvw
 // 0..63 for the alphabet, -1 for every other byte. Built at compile time.
 struct DecodeTable {
     int8_t value[128];
-    constexpr DecodeTable() : value()
-    {
+    constexpr DecodeTable() : value() {
         for (int i = 0; i < 128; ++i)
             value[i] = -1;
         for (int i = 0; i < 26; ++i) {
@@ -34,8 +33,7 @@ struct DecodeTable {
 constexpr DecodeTable kDecode;
 
 // Encodes whole groups of three into `out` (which has room) and returns the units written.
-int encodeGroups(const unsigned char* data, int length, char16_t* out)
-{
+int encodeGroups(const unsigned char* data, int length, char16_t* out) {
     char16_t* start = out;
     int i = 0;
     for (; i + 3 <= length; i += 3) {
@@ -65,8 +63,7 @@ int encodeGroups(const unsigned char* data, int length, char16_t* out)
     return static_cast<int>(out - start);
 }
 
-void appendEncoded(UnicodeString& result, const unsigned char* data, int length)
-{
+void appendEncoded(UnicodeString& result, const unsigned char* data, int length) {
     int capacity = (length + 2) / 3 * 4;
     int oldLength = result.length();
     char16_t* buffer = result.getBuffer(oldLength + capacity);
@@ -78,8 +75,7 @@ void appendEncoded(UnicodeString& result, const unsigned char* data, int length)
 
 } // namespace
 
-UnicodeString ZkUtil::encodeBase64(std::istream& in, int size)
-{
+UnicodeString ZkUtil::encodeBase64(std::istream& in, int size) {
     UnicodeString result;
     long long reserve = size > 0 ? static_cast<long long>(size) * 4 / 3 + 10 : 0;
     if (reserve > 0 && reserve < 0x7FFFFFFF) {
@@ -100,21 +96,18 @@ UnicodeString ZkUtil::encodeBase64(std::istream& in, int size)
     return result;
 }
 
-UnicodeString ZkUtil::encodeBase64(std::istream& in)
-{
+UnicodeString ZkUtil::encodeBase64(std::istream& in) {
     return encodeBase64(in, 0);
 }
 
-UnicodeString ZkUtil::encodeBase64(const unsigned char* data, int length)
-{
+UnicodeString ZkUtil::encodeBase64(const unsigned char* data, int length) {
     UnicodeString result;
     if (data && length > 0)
         appendEncoded(result, data, length);
     return result;
 }
 
-void ZkUtil::decodeBase64(const char16_t* text, int length, std::ostream& out)
-{
+void ZkUtil::decodeBase64(const char16_t* text, int length, std::ostream& out) {
     if (!text)
         return;
     if (length < 0) {

@@ -16,21 +16,18 @@ namespace {
 locale_t s_cLocale = nullptr;
 std::once_flag s_cLocaleOnce;
 
-locale_t cLocale()
-{
+locale_t cLocale() {
     std::call_once(s_cLocaleOnce, [] { s_cLocale = newlocale(LC_ALL_MASK, "C", nullptr); });
     return s_cLocale;
 }
 
 } // namespace
 
-void prepareCLocale()
-{
+void prepareCLocale() {
     cLocale();
 }
 
-int formatDoubleC(char* buffer, std::size_t capacity, const char* format, double value)
-{
+int formatDoubleC(char* buffer, std::size_t capacity, const char* format, double value) {
     locale_t c = cLocale();
     locale_t previous = c ? uselocale(c) : nullptr;
     int length = std::snprintf(buffer, capacity, format, value);
@@ -39,8 +36,7 @@ int formatDoubleC(char* buffer, std::size_t capacity, const char* format, double
     return length;
 }
 
-double parseDoubleC(const char* text, char** end)
-{
+double parseDoubleC(const char* text, char** end) {
     locale_t c = cLocale();
     if (c)
         return strtod_l(text, end, c);

@@ -12,21 +12,18 @@ namespace {
 constexpr int kGregorianSwitchMjd = -100840;
 
 // Truncation toward zero of a product, as the formulas are written.
-int truncated(double value) noexcept
-{
+int truncated(double value) noexcept {
     return static_cast<int>(value);
 }
 
-int floorDiv(int a, int b) noexcept
-{
+int floorDiv(int a, int b) noexcept {
     int q = a / b;
     return (a % b != 0 && ((a < 0) != (b < 0))) ? q - 1 : q;
 }
 
 } // namespace
 
-int ZkUtil::modifiedJulianDay(int year, int month, int day) noexcept
-{
+int ZkUtil::modifiedJulianDay(int year, int month, int day) noexcept {
     int y = year;
     int m = month;
     if (month <= 2) {
@@ -40,8 +37,7 @@ int ZkUtil::modifiedJulianDay(int year, int month, int day) noexcept
     return d + y / 400 - y / 100 - 678912;
 }
 
-void ZkUtil::mjd2Date(int mjd, int& year, int& month, int& day) noexcept
-{
+void ZkUtil::mjd2Date(int mjd, int& year, int& month, int& day) noexcept {
     // Days are counted from 1 March of year 0 of the calendar in force, so that the leap day
     // closes each cycle; MJD -678881 is that day in the Gregorian calendar, -678883 in the
     // Julian one.
@@ -80,8 +76,7 @@ void ZkUtil::mjd2Date(int mjd, int& year, int& month, int& day) noexcept
     year = m < 10 ? y : y + 1;
 }
 
-int ZkUtil::mjd2WeekDay(int mjd) noexcept
-{
+int ZkUtil::mjd2WeekDay(int mjd) noexcept {
     int weekDay = (mjd + 3) % 7;
     return weekDay < 0 ? weekDay + 7 : weekDay;
 }

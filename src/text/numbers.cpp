@@ -1,7 +1,6 @@
 // Number text under the C locale: digits, hex numbers, decimals, rounding, printing.
-#include "zkcommon/text/util.h"
-
 #include "text/clocale.h"
+#include "zkcommon/text/util.h"
 
 #include <cmath>
 #include <cstdio>
@@ -16,30 +15,25 @@ namespace {
 // cut, so a huge digit run never turns into a wrong small number.
 constexpr int kNumberBufferLimit = 98;
 
-bool isBlank(char16_t c) noexcept
-{
+bool isBlank(char16_t c) noexcept {
     return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r' || c == u'\f';
 }
 
-bool isDigit(char16_t c) noexcept
-{
+bool isDigit(char16_t c) noexcept {
     return c >= u'0' && c <= u'9';
 }
 
-bool isHexDigit(char16_t c) noexcept
-{
+bool isHexDigit(char16_t c) noexcept {
     return isDigit(c) || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
 }
 
-const char16_t* skipBlanks(const char16_t* p) noexcept
-{
+const char16_t* skipBlanks(const char16_t* p) noexcept {
     while (isBlank(*p))
         ++p;
     return p;
 }
 
-UnicodeString fromAscii(const char* text, int length)
-{
+UnicodeString fromAscii(const char* text, int length) {
     UnicodeString result;
     if (length <= 0)
         return result;
@@ -52,8 +46,7 @@ UnicodeString fromAscii(const char* text, int length)
     return result;
 }
 
-UnicodeString hexString(unsigned long long value, int width)
-{
+UnicodeString hexString(unsigned long long value, int width) {
     static const char kDigits[] = "0123456789ABCDEF";
     char buffer[32];
     int length = 0;
@@ -71,13 +64,11 @@ UnicodeString hexString(unsigned long long value, int width)
 
 } // namespace
 
-void ZkUtil::setLocaleC()
-{
+void ZkUtil::setLocaleC() {
     detail::prepareCLocale();
 }
 
-int ZkUtil::parseDigits(const UnicodeString& text, int start, int length)
-{
+int ZkUtil::parseDigits(const UnicodeString& text, int start, int length) {
     int textLength = text.length();
     if (start < 0 || start >= textLength)
         return -1;
@@ -96,8 +87,7 @@ int ZkUtil::parseDigits(const UnicodeString& text, int start, int length)
     return static_cast<int>(value);
 }
 
-int ZkUtil::parseDigits(const char16_t* text, const char16_t** end)
-{
+int ZkUtil::parseDigits(const char16_t* text, const char16_t** end) {
     if (!text) {
         if (end)
             *end = text;
@@ -123,8 +113,7 @@ int ZkUtil::parseDigits(const char16_t* text, const char16_t** end)
     return overflow ? -1 : static_cast<int>(value);
 }
 
-unsigned long ZkUtil::parseHexNum(const char16_t* text, const char16_t** end, int maxDigits)
-{
+unsigned long ZkUtil::parseHexNum(const char16_t* text, const char16_t** end, int maxDigits) {
     if (end)
         *end = text;
     if (!text)
@@ -146,8 +135,7 @@ unsigned long ZkUtil::parseHexNum(const char16_t* text, const char16_t** end, in
 }
 
 double ZkUtil::parseNumber(const char16_t* text, const char16_t** end, bool* hasPoint,
-                           bool* error)
-{
+                           bool* error) {
     setLocaleC();
     if (hasPoint)
         *hasPoint = false;
@@ -202,46 +190,39 @@ double ZkUtil::parseNumber(const char16_t* text, const char16_t** end, bool* has
     return value;
 }
 
-int ZkUtil::roundToInteger(float value) noexcept
-{
+int ZkUtil::roundToInteger(float value) noexcept {
     float rounded = value < 0.0f ? value - 0.5f : value + 0.5f;
     if (!(rounded > -2147483649.0f && rounded < 2147483648.0f))
         return 0;
     return static_cast<int>(rounded);
 }
 
-int ZkUtil::roundToInteger(double value) noexcept
-{
+int ZkUtil::roundToInteger(double value) noexcept {
     double rounded = value < 0.0 ? value - 0.5 : value + 0.5;
     if (!(rounded > -2147483649.0 && rounded < 2147483648.0))
         return 0;
     return static_cast<int>(rounded);
 }
 
-double ZkUtil::getNaN() noexcept
-{
+double ZkUtil::getNaN() noexcept {
     return std::numeric_limits<double>::quiet_NaN();
 }
 
-float ZkUtil::getNaNf() noexcept
-{
+float ZkUtil::getNaNf() noexcept {
     return std::numeric_limits<float>::quiet_NaN();
 }
 
-UnicodeString ZkUtil::toString(int value)
-{
+UnicodeString ZkUtil::toString(int value) {
     return toString(static_cast<long long>(value));
 }
 
-UnicodeString ZkUtil::toString(long long value)
-{
+UnicodeString ZkUtil::toString(long long value) {
     char buffer[32];
     int length = std::snprintf(buffer, sizeof buffer, "%lld", value);
     return fromAscii(buffer, length);
 }
 
-UnicodeString ZkUtil::toString(double value)
-{
+UnicodeString ZkUtil::toString(double value) {
     char buffer[64];
     int length = detail::formatDoubleC(buffer, sizeof buffer, "%g", value);
     if (length < 0 || length >= static_cast<int>(sizeof buffer))
@@ -249,13 +230,11 @@ UnicodeString ZkUtil::toString(double value)
     return fromAscii(buffer, length);
 }
 
-UnicodeString ZkUtil::toHexString(int value, int width)
-{
+UnicodeString ZkUtil::toHexString(int value, int width) {
     return hexString(static_cast<uint32_t>(value), width);
 }
 
-UnicodeString ZkUtil::toHexString(long long value, int width)
-{
+UnicodeString ZkUtil::toHexString(long long value, int width) {
     return hexString(static_cast<unsigned long long>(value), width);
 }
 

@@ -8,13 +8,11 @@ namespace {
 
 constexpr UChar32 kReplacement = 0xFFFD;
 
-bool isSpace(UChar32 c) noexcept
-{
+bool isSpace(UChar32 c) noexcept {
     return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r' || c == u'\f';
 }
 
-int hexValue(char16_t c) noexcept
-{
+int hexValue(char16_t c) noexcept {
     if (c >= u'0' && c <= u'9')
         return c - u'0';
     if (c >= u'a' && c <= u'f')
@@ -24,8 +22,7 @@ int hexValue(char16_t c) noexcept
     return -1;
 }
 
-void appendHex4(UnicodeString& out, char16_t unit)
-{
+void appendHex4(UnicodeString& out, char16_t unit) {
     static const char16_t kDigits[] = u"0123456789ABCDEF";
     out.append(u"\\u");
     for (int shift = 12; shift >= 0; shift -= 4)
@@ -34,8 +31,7 @@ void appendHex4(UnicodeString& out, char16_t unit)
 
 // The quote a mode encloses with: with both kinds allowed, double quotes unless the text holds
 // a double quote and no single quote.
-char16_t chooseQuote(const UnicodeString& text, int mode)
-{
+char16_t chooseQuote(const UnicodeString& text, int mode) {
     bool doubleOk = (mode & ZkUtil::QUOTE_DOUBLE) != 0;
     bool singleOk = (mode & ZkUtil::QUOTE_SINGLE) != 0;
     if (doubleOk && singleOk)
@@ -49,8 +45,7 @@ char16_t chooseQuote(const UnicodeString& text, int mode)
 
 } // namespace
 
-UnicodeString ZkUtil::quoteString(const UnicodeString& text, int mode)
-{
+UnicodeString ZkUtil::quoteString(const UnicodeString& text, int mode) {
     char16_t quote = chooseQuote(text, mode);
     UnicodeString out;
     out.getBuffer(text.length() + 8);
@@ -68,10 +63,18 @@ UnicodeString ZkUtil::quoteString(const UnicodeString& text, int mode)
         if (mode & QUOTE_BACKSLASH) {
             const char16_t* escape = nullptr;
             switch (c) {
-            case u'\n': escape = u"\\A"; break;
-            case u'\f': escape = u"\\C"; break;
-            case u'\r': escape = u"\\D"; break;
-            case u'\\': escape = u"\\5C"; break;
+            case u'\n':
+                escape = u"\\A";
+                break;
+            case u'\f':
+                escape = u"\\C";
+                break;
+            case u'\r':
+                escape = u"\\D";
+                break;
+            case u'\\':
+                escape = u"\\5C";
+                break;
             case u'\'':
                 if (quote == u'\'')
                     escape = u"\\27";
@@ -81,7 +84,8 @@ UnicodeString ZkUtil::quoteString(const UnicodeString& text, int mode)
                 if (quote == u'"' && !(mode & QUOTE_DOUBLED))
                     escape = u"\\22";
                 break;
-            default: break;
+            default:
+                break;
             }
             if (escape) {
                 out.append(escape);
@@ -106,8 +110,7 @@ UnicodeString ZkUtil::quoteString(const UnicodeString& text, int mode)
     return out;
 }
 
-UnicodeString ZkUtil::parseString(const char16_t* text, const char16_t** end, int mode)
-{
+UnicodeString ZkUtil::parseString(const char16_t* text, const char16_t** end, int mode) {
     UnicodeString result;
     if (end)
         *end = text;
@@ -120,8 +123,8 @@ UnicodeString ZkUtil::parseString(const char16_t* text, const char16_t** end, in
         ++p;
     char16_t quote = 0;
     if (mode & (QUOTE_DOUBLE | QUOTE_SINGLE)) {
-        bool allowed = (*p == u'"' && (mode & QUOTE_DOUBLE)) ||
-                       (*p == u'\'' && (mode & QUOTE_SINGLE));
+        bool allowed =
+            (*p == u'"' && (mode & QUOTE_DOUBLE)) || (*p == u'\'' && (mode & QUOTE_SINGLE));
         if (!allowed) {
             if (end)
                 *end = p;
@@ -205,8 +208,7 @@ UnicodeString ZkUtil::parseString(const char16_t* text, const char16_t** end, in
     return result;
 }
 
-UnicodeString ZkUtil::unquoteString(const UnicodeString& text, int mode)
-{
+UnicodeString ZkUtil::unquoteString(const UnicodeString& text, int mode) {
     UnicodeString trimmed(text);
     trimmed.trim();
     const char16_t* start = trimmed.getTerminatedBuffer();
@@ -234,8 +236,7 @@ UnicodeString ZkUtil::unquoteString(const UnicodeString& text, int mode)
     return result;
 }
 
-UnicodeString ZkUtil::quoteUri(const UnicodeString& text)
-{
+UnicodeString ZkUtil::quoteUri(const UnicodeString& text) {
     UnicodeString out(u"url(\"");
     int length = text.length();
     for (int i = 0; i < length; ++i) {

@@ -6,15 +6,13 @@ namespace ZkCommonNS {
 namespace {
 
 // TAB, LF, CR and SPACE: the white space of XML attribute normalisation.
-bool isXmlSpace(char16_t c) noexcept
-{
+bool isXmlSpace(char16_t c) noexcept {
     return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r';
 }
 
 } // namespace
 
-UnicodeString ZkUtil::normalizeSpaces(const UnicodeString& text)
-{
+UnicodeString ZkUtil::normalizeSpaces(const UnicodeString& text) {
     UnicodeString result;
     int length = text.length();
     const char16_t* p = text.getBuffer();
@@ -36,8 +34,7 @@ UnicodeString ZkUtil::normalizeSpaces(const UnicodeString& text)
     return result;
 }
 
-UnicodeString ZkUtil::omitSpace(const UnicodeString& text)
-{
+UnicodeString ZkUtil::omitSpace(const UnicodeString& text) {
     UnicodeString result;
     int length = text.length();
     const char16_t* p = text.getBuffer();

@@ -11,8 +11,7 @@ namespace ZkCommonNS {
 
 namespace {
 
-float floatFromBits(uint32_t bits) noexcept
-{
+float floatFromBits(uint32_t bits) noexcept {
     float value;
     std::memcpy(&value, &bits, sizeof value);
     return value;
@@ -23,8 +22,7 @@ float floatFromBits(uint32_t bits) noexcept
 // 1/12700 for emu; dd and cc stand as the typographers define them.
 struct UnitFactors {
     float factor[kUnitTypeCount] = {};
-    UnitFactors() noexcept
-    {
+    UnitFactors() noexcept {
         factor[UnitCm] = floatFromBits(0x41E2C58B);
         factor[UnitMm] = floatFromBits(0x40356AD6);
         factor[UnitIn] = 72.0f;
@@ -47,63 +45,53 @@ constexpr float kInvalidLimit = 283464.5625f;
 
 } // namespace
 
-float getUnitFactor(ZkUnitType unit) noexcept
-{
+float getUnitFactor(ZkUnitType unit) noexcept {
     int index = static_cast<int>(unit);
     return index >= 0 && index < kUnitTypeCount ? s_factors.factor[index] : 0.0f;
 }
 
-bool isAbsoluteLengthUnit(ZkUnitType unit) noexcept
-{
+bool isAbsoluteLengthUnit(ZkUnitType unit) noexcept {
     return getUnitFactor(unit) != 0.0f;
 }
 
-bool isRelativeLengthUnit(ZkUnitType unit) noexcept
-{
+bool isRelativeLengthUnit(ZkUnitType unit) noexcept {
     return (unit >= UnitEm && unit <= UnitPx) || (unit >= UnitRem && unit <= UnitLines) ||
            (unit >= UnitDcem && unit <= UnitIc);
 }
 
-ZkLength::ZkLength(float value, ZkUnitType unit) noexcept
-{
+ZkLength::ZkLength(float value, ZkUnitType unit) noexcept {
     float factor = getUnitFactor(unit);
     m_points = factor != 0.0f ? value * factor : std::numeric_limits<float>::quiet_NaN();
 }
 
-ZkLength::ZkLength(const ZkValue& value) noexcept : m_points(value.getLengthValue(false).m_points)
-{
-}
+ZkLength::ZkLength(const ZkValue& value) noexcept
+    : m_points(value.getLengthValue(false).m_points) {}
 
-ZkLength ZkLength::autoLength() noexcept
-{
+ZkLength ZkLength::autoLength() noexcept {
     return ZkLength(std::numeric_limits<float>::quiet_NaN());
 }
 
-float ZkLength::getRealValue(ZkUnitType unit) const noexcept
-{
+float ZkLength::getRealValue(ZkUnitType unit) const noexcept {
     float factor = getUnitFactor(unit);
     // A division rather than a product with the inverse keeps round trips exact.
     return factor != 0.0f ? m_points / factor : std::numeric_limits<float>::quiet_NaN();
 }
 
-int ZkLength::getIntegerValue(ZkUnitType unit) const noexcept
-{
+int ZkLength::getIntegerValue(ZkUnitType unit) const noexcept {
     float value = getRealValue(unit) + 0.5f;
     if (!(value > -2147483648.0f && value < 2147483648.0f))
         return 0;
     return static_cast<int>(value);
 }
 
-int ZkLength::getPixelCount(float dpi) const noexcept
-{
+int ZkLength::getPixelCount(float dpi) const noexcept {
     float x = dpi * m_points / 72.0f;
     if (!(x > -2147483648.0f && x < 2147483648.0f))
         return 0;
     return static_cast<int>(x < 0.0f ? x - 0.5f : x + 0.5f);
 }
 
-bool ZkLength::isInvalid() const noexcept
-{
+bool ZkLength::isInvalid() const noexcept {
     return m_points < -kInvalidLimit || m_points > kInvalidLimit;
 }
 

@@ -23,8 +23,7 @@ namespace {
 constexpr uint32_t kInitialBuckets = 8;
 
 // FNV-1a over the four little-endian bytes of the name's number, masked to 23 bits.
-uint32_t hashName(ZkNameEnum name) noexcept
-{
+uint32_t hashName(ZkNameEnum name) noexcept {
     uint32_t value = static_cast<uint32_t>(name);
     uint32_t hash = 2166136261u;
     for (int i = 0; i < 4; ++i) {
@@ -38,14 +37,12 @@ uint32_t hashName(ZkNameEnum name) noexcept
 
 ZkNamedValueMap::ZkNamedValueMap() = default;
 
-ZkNamedValueMap::~ZkNamedValueMap()
-{
+ZkNamedValueMap::~ZkNamedValueMap() {
     clear();
     delete[] m_buckets;
 }
 
-void ZkNamedValueMap::clear() noexcept
-{
+void ZkNamedValueMap::clear() noexcept {
     Entry* entry = m_head;
     m_head = m_tail = nullptr;
     m_count = 0;
@@ -58,8 +55,7 @@ void ZkNamedValueMap::clear() noexcept
     }
 }
 
-ZkNamedValueMap::Entry* ZkNamedValueMap::find(ZkName name) const noexcept
-{
+ZkNamedValueMap::Entry* ZkNamedValueMap::find(ZkName name) const noexcept {
     if (m_count == 0)
         return nullptr;
     const Bucket& bucket = m_buckets[hashName(name.getEnum()) & (m_bucketCount - 1)];
@@ -72,8 +68,7 @@ ZkNamedValueMap::Entry* ZkNamedValueMap::find(ZkName name) const noexcept
     return nullptr;
 }
 
-void ZkNamedValueMap::link(Entry* entry) noexcept
-{
+void ZkNamedValueMap::link(Entry* entry) noexcept {
     Bucket& bucket = m_buckets[hashName(entry->value.getName().getEnum()) & (m_bucketCount - 1)];
     if (!bucket.first) {
         // A new run goes to the end of the list.
@@ -99,8 +94,7 @@ void ZkNamedValueMap::link(Entry* entry) noexcept
     ++m_count;
 }
 
-void ZkNamedValueMap::unlink(Entry* entry) noexcept
-{
+void ZkNamedValueMap::unlink(Entry* entry) noexcept {
     Bucket& bucket = m_buckets[hashName(entry->value.getName().getEnum()) & (m_bucketCount - 1)];
     if (bucket.first == entry && bucket.last == entry) {
         bucket.first = bucket.last = nullptr;
@@ -121,8 +115,7 @@ void ZkNamedValueMap::unlink(Entry* entry) noexcept
     --m_count;
 }
 
-void ZkNamedValueMap::grow()
-{
+void ZkNamedValueMap::grow() {
     uint32_t newCount = m_bucketCount ? m_bucketCount * 2 : kInitialBuckets;
     Bucket* buckets = new Bucket[newCount];
     Entry* entry = m_head;
@@ -138,14 +131,12 @@ void ZkNamedValueMap::grow()
     }
 }
 
-ZkNamedValue ZkNamedValueMap::getNamedItem(ZkName name) const
-{
+ZkNamedValue ZkNamedValueMap::getNamedItem(ZkName name) const {
     const Entry* entry = find(name);
     return entry ? entry->value : ZkNamedValue::NULL_VALUE;
 }
 
-bool ZkNamedValueMap::getNamedItemFast(ZkName name, ZkValue& out) const
-{
+bool ZkNamedValueMap::getNamedItemFast(ZkName name, ZkValue& out) const {
     if (m_count == 0)
         return false;
     const Entry* entry = find(name);
@@ -155,8 +146,7 @@ bool ZkNamedValueMap::getNamedItemFast(ZkName name, ZkValue& out) const
     return true;
 }
 
-ZkNamedValue ZkNamedValueMap::item(int index) const
-{
+ZkNamedValue ZkNamedValueMap::item(int index) const {
     if (index < 0 || index >= m_count)
         return ZkNamedValue::NULL_VALUE;
     const Entry* entry = m_head;
@@ -165,13 +155,11 @@ ZkNamedValue ZkNamedValueMap::item(int index) const
     return entry->value;
 }
 
-void ZkNamedValueMap::setNamedItem(ZkName name, const ZkValue& value)
-{
+void ZkNamedValueMap::setNamedItem(ZkName name, const ZkValue& value) {
     setNamedItem(ZkNamedValue(value, name));
 }
 
-void ZkNamedValueMap::setNamedItem(const ZkNamedValue& value)
-{
+void ZkNamedValueMap::setNamedItem(const ZkNamedValue& value) {
     if (Entry* entry = find(value.getName())) {
         entry->value.setValue(value);
         return;
@@ -183,8 +171,7 @@ void ZkNamedValueMap::setNamedItem(const ZkNamedValue& value)
     link(entry);
 }
 
-bool ZkNamedValueMap::removeNamedItem(ZkName name)
-{
+bool ZkNamedValueMap::removeNamedItem(ZkName name) {
     Entry* entry = find(name);
     if (!entry)
         return false;
@@ -193,8 +180,7 @@ bool ZkNamedValueMap::removeNamedItem(ZkName name)
     return true;
 }
 
-bool ZkNamedValueMap::removeNamedItem(ZkName name, const ZkValue& value)
-{
+bool ZkNamedValueMap::removeNamedItem(ZkName name, const ZkValue& value) {
     Entry* entry = find(name);
     if (!entry || !(static_cast<const ZkValue&>(entry->value) == value))
         return false;
@@ -203,8 +189,7 @@ bool ZkNamedValueMap::removeNamedItem(ZkName name, const ZkValue& value)
     return true;
 }
 
-ZkPtr<ZkNamedValueMap> ZkNamedValueMap::clone() const
-{
+ZkPtr<ZkNamedValueMap> ZkNamedValueMap::clone() const {
     ZkPtr<ZkNamedValueMap> copy(new ZkNamedValueMap());
     if (m_bucketCount == 0)
         return copy;
@@ -220,12 +205,9 @@ ZkPtr<ZkNamedValueMap> ZkNamedValueMap::clone() const
 }
 
 ZkNamedValueMapIterator::ZkNamedValueMapIterator(const ZkNamedValueMap* map) noexcept
-    : m_map(map), m_current(map ? map->m_head : nullptr)
-{
-}
+    : m_map(map), m_current(map ? map->m_head : nullptr) {}
 
-const ZkNamedValue& ZkNamedValueMapIterator::next() noexcept
-{
+const ZkNamedValue& ZkNamedValueMapIterator::next() noexcept {
     if (!m_current)
         return ZkNamedValue::NULL_VALUE;
     const ZkNamedValue& value = m_current->value;
@@ -233,13 +215,11 @@ const ZkNamedValue& ZkNamedValueMapIterator::next() noexcept
     return value;
 }
 
-void ZkNamedValueMapIterator::setToStart() noexcept
-{
+void ZkNamedValueMapIterator::setToStart() noexcept {
     m_current = m_map ? m_map->m_head : nullptr;
 }
 
-ZkNamedValue::ZkNamedValue(const ZkValue& value, ZkName name) : ZkValue(value)
-{
+ZkNamedValue::ZkNamedValue(const ZkValue& value, ZkName name) : ZkValue(value) {
     setTagName(name.getEnum());
 }
 

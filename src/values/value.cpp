@@ -3,8 +3,8 @@
 // value_arith.cpp, the containers in valuearray.cpp and namedvaluemap.cpp.
 #include "zkcommon/values/value.h"
 
-#include "zkcommon/text/util.h"
 #include "values/colorhooks.h"
+#include "zkcommon/text/util.h"
 
 #include <cmath>
 #include <limits>
@@ -15,8 +15,7 @@ namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
-UnicodeString colorToHexText(const ZkValue& value)
-{
+UnicodeString colorToHexText(const ZkValue& value) {
     if (!value.isInteger())
         return UnicodeString();
     UnicodeString text(u'#');
@@ -24,16 +23,14 @@ UnicodeString colorToHexText(const ZkValue& value)
     return text;
 }
 
-bool colorsEqualByText(const ZkValue& a, const ZkValue& b)
-{
+bool colorsEqualByText(const ZkValue& a, const ZkValue& b) {
     return a.toString() == b.toString();
 }
 
 detail::ColorValueHooks s_colorHooks = {&colorToHexText, &colorsEqualByText};
 
 // The item text inside an Array or a Compound: strings are quoted so the list reads back.
-UnicodeString itemText(const ZkValue& item)
-{
+UnicodeString itemText(const ZkValue& item) {
     if (!item.isString())
         return item.toString();
     if (item.getUnitType() == UnitUri)
@@ -43,16 +40,14 @@ UnicodeString itemText(const ZkValue& item)
 
 } // namespace
 
-void detail::setColorValueHooks(const ColorValueHooks& hooks)
-{
+void detail::setColorValueHooks(const ColorValueHooks& hooks) {
     if (hooks.toString)
         s_colorHooks.toString = hooks.toString;
     if (hooks.equal)
         s_colorHooks.equal = hooks.equal;
 }
 
-const detail::ColorValueHooks& detail::getColorValueHooks()
-{
+const detail::ColorValueHooks& detail::getColorValueHooks() {
     return s_colorHooks;
 }
 
@@ -61,8 +56,7 @@ const ZkNamedValue ZkNamedValue::NULL_VALUE;
 
 // Construction ------------------------------------------------------------------------------
 
-ZkValue::ZkValue(int value, ZkUnitType unit) noexcept : m_tag(bitfield(ValueInteger, unit))
-{
+ZkValue::ZkValue(int value, ZkUnitType unit) noexcept : m_tag(bitfield(ValueInteger, unit)) {
     m_payload.bits = 0;
     m_payload.integer = value;
 }
@@ -71,49 +65,41 @@ ZkValue::ZkValue(unsigned int value) noexcept : ZkValue(static_cast<int>(value),
 
 ZkValue::ZkValue(long value) noexcept : ZkValue(static_cast<int>(value), UnitNumber) {}
 
-ZkValue::ZkValue(float value, ZkUnitType unit) noexcept : m_tag(bitfield(ValueReal, unit))
-{
+ZkValue::ZkValue(float value, ZkUnitType unit) noexcept : m_tag(bitfield(ValueReal, unit)) {
     m_payload.bits = 0;
     m_payload.real = value;
 }
 
 ZkValue::ZkValue(double value, ZkUnitType unit) noexcept
-    : ZkValue(static_cast<float>(value), unit)
-{
-}
+    : ZkValue(static_cast<float>(value), unit) {}
 
 ZkValue::ZkValue(ZkLength length) noexcept : ZkValue(static_cast<float>(length), UnitPt) {}
 
 ZkValue::ZkValue(ZkName name) noexcept : ZkValue(name.getEnum()) {}
 
-ZkValue::ZkValue(ZkNameEnum name) noexcept : m_tag(bitfield(ValueName, UnitName))
-{
+ZkValue::ZkValue(ZkNameEnum name) noexcept : m_tag(bitfield(ValueName, UnitName)) {
     m_payload.bits = 0;
     m_payload.name = name;
 }
 
 ZkValue::ZkValue(bool value) noexcept : ZkValue(value ? ZKN_true : ZKN_false) {}
 
-ZkValue::ZkValue(const UnicodeString& text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit))
-{
+ZkValue::ZkValue(const UnicodeString& text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit)) {
     m_payload.bits = 0;
     m_payload.string = new UnicodeString(text);
 }
 
-ZkValue::ZkValue(const char16_t* text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit))
-{
+ZkValue::ZkValue(const char16_t* text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit)) {
     m_payload.bits = 0;
     m_payload.string = text ? new UnicodeString(text) : new UnicodeString();
 }
 
-ZkValue::ZkValue(const char* text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit))
-{
+ZkValue::ZkValue(const char* text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit)) {
     m_payload.bits = 0;
     m_payload.string = new UnicodeString(text ? UnicodeString::fromUTF8(text) : UnicodeString());
 }
 
-ZkValue::ZkValue(ZkRCObject* object) noexcept
-{
+ZkValue::ZkValue(ZkRCObject* object) noexcept {
     m_payload.bits = 0;
     m_tag = 0;
     if (object) {
@@ -123,8 +109,7 @@ ZkValue::ZkValue(ZkRCObject* object) noexcept
     }
 }
 
-ZkValue::ZkValue(ZkValueArray* array) noexcept
-{
+ZkValue::ZkValue(ZkValueArray* array) noexcept {
     m_payload.bits = 0;
     m_tag = 0;
     if (array) {
@@ -134,8 +119,7 @@ ZkValue::ZkValue(ZkValueArray* array) noexcept
     }
 }
 
-ZkValue::ZkValue(ZkNamedValueMap* map) noexcept
-{
+ZkValue::ZkValue(ZkNamedValueMap* map) noexcept {
     m_payload.bits = 0;
     m_tag = 0;
     if (map) {
@@ -145,13 +129,11 @@ ZkValue::ZkValue(ZkNamedValueMap* map) noexcept
     }
 }
 
-ZkValue::ZkValue(const ZkValue& other) : m_payload(other.m_payload), m_tag(other.m_tag)
-{
+ZkValue::ZkValue(const ZkValue& other) : m_payload(other.m_payload), m_tag(other.m_tag) {
     acquirePayload();
 }
 
-ZkValue& ZkValue::operator=(const ZkValue& other)
-{
+ZkValue& ZkValue::operator=(const ZkValue& other) {
     if (this != &other) {
         // Copy first: `other` may live inside the container this value is about to release.
         ZkValue copy(other);
@@ -160,8 +142,7 @@ ZkValue& ZkValue::operator=(const ZkValue& other)
     return *this;
 }
 
-ZkValue& ZkValue::operator=(ZkValue&& other) noexcept
-{
+ZkValue& ZkValue::operator=(ZkValue&& other) noexcept {
     if (this != &other) {
         Payload payload = other.m_payload;
         uint64_t tag = other.m_tag;
@@ -175,19 +156,16 @@ ZkValue& ZkValue::operator=(ZkValue&& other) noexcept
     return *this;
 }
 
-void ZkValue::clear() noexcept
-{
+void ZkValue::clear() noexcept {
     setNull();
 }
 
-void ZkValue::setNull() noexcept
-{
+void ZkValue::setNull() noexcept {
     ZkValue old(std::move(*this));
     (void)old;
 }
 
-void ZkValue::becomeReal(float value, ZkUnitType unit) noexcept
-{
+void ZkValue::becomeReal(float value, ZkUnitType unit) noexcept {
     uint64_t name = m_tag & ~uint64_t(511);
     if ((m_tag & 7) >= ValueString)
         releasePayload();
@@ -196,8 +174,7 @@ void ZkValue::becomeReal(float value, ZkUnitType unit) noexcept
     m_tag = bitfield(ValueReal, unit) | name;
 }
 
-void ZkValue::releasePayload() noexcept
-{
+void ZkValue::releasePayload() noexcept {
     switch (getValueType()) {
     case ValueString:
         delete m_payload.string;
@@ -214,8 +191,7 @@ void ZkValue::releasePayload() noexcept
     m_payload.bits = 0;
 }
 
-void ZkValue::acquirePayload()
-{
+void ZkValue::acquirePayload() {
     switch (getValueType()) {
     case ValueString:
         if (m_payload.string)
@@ -232,8 +208,7 @@ void ZkValue::acquirePayload()
     }
 }
 
-void ZkValue::assignKeepingName(const ZkValue& other)
-{
+void ZkValue::assignKeepingName(const ZkValue& other) {
     uint64_t name = m_tag & ~uint64_t(511);
     *this = other;
     m_tag = (m_tag & 511) | name;
@@ -241,83 +216,80 @@ void ZkValue::assignKeepingName(const ZkValue& other)
 
 // Predicates --------------------------------------------------------------------------------
 
-bool ZkValue::isNumberOrPercentage() const noexcept
-{
+bool ZkValue::isNumberOrPercentage() const noexcept {
     ZkUnitType unit = getUnitType();
     return isNumeric() && (unit == UnitNumber || unit == UnitPercent || unit == UnitPercent2);
 }
 
-bool ZkValue::isPercentage() const noexcept
-{
+bool ZkValue::isPercentage() const noexcept {
     ZkUnitType unit = getUnitType();
     return isNumeric() && (unit == UnitPercent || unit == UnitPercent2);
 }
 
-bool ZkValue::isAbsoluteLength() const noexcept
-{
+bool ZkValue::isAbsoluteLength() const noexcept {
     return isNumeric() && isAbsoluteLengthUnit(getUnitType());
 }
 
-bool ZkValue::isRelativeLength() const noexcept
-{
+bool ZkValue::isRelativeLength() const noexcept {
     return isNumeric() && isRelativeLengthUnit(getUnitType());
 }
 
-bool ZkValue::isAngle() const noexcept
-{
+bool ZkValue::isAngle() const noexcept {
     ZkUnitType unit = getUnitType();
     return isNumeric() && unit >= UnitDeg && unit <= UnitGrad;
 }
 
-bool ZkValue::isColor() const noexcept
-{
+bool ZkValue::isColor() const noexcept {
     return getUnitType() == UnitColor && (isInteger() || isCompound());
 }
 
-bool ZkValue::isRCObject() const noexcept
-{
+bool ZkValue::isRCObject() const noexcept {
     switch (getValueType()) {
-    case ValueRCObject: return true;
+    case ValueRCObject:
+        return true;
     case ValueArray:
-    case ValueCompound: return m_payload.object != nullptr;
-    default: return false;
+    case ValueCompound:
+        return m_payload.object != nullptr;
+    default:
+        return false;
     }
 }
 
-bool ZkValue::isEmpty() const noexcept
-{
+bool ZkValue::isEmpty() const noexcept {
     switch (getValueType()) {
-    case ValueNull: return true;
-    case ValueName: return m_payload.name == ZKN_EMPTY;
-    case ValueString: return !m_payload.string || m_payload.string->isEmpty();
-    default: return false;
+    case ValueNull:
+        return true;
+    case ValueName:
+        return m_payload.name == ZKN_EMPTY;
+    case ValueString:
+        return !m_payload.string || m_payload.string->isEmpty();
+    default:
+        return false;
     }
 }
 
-bool ZkValue::isNegativeValue() const noexcept
-{
+bool ZkValue::isNegativeValue() const noexcept {
     return isNumericalValue() && numberAsFloat() < 0.0f;
 }
 
-bool ZkValue::isNumberZero() const noexcept
-{
+bool ZkValue::isNumberZero() const noexcept {
     return isNumber() && (isInteger() ? m_payload.integer == 0 : m_payload.real == 0.0f);
 }
 
 // Accessors ---------------------------------------------------------------------------------
 
-ZkRCObject* ZkValue::getRCObject() const noexcept
-{
+ZkRCObject* ZkValue::getRCObject() const noexcept {
     switch (getValueType()) {
     case ValueRCObject:
     case ValueArray:
-    case ValueCompound: return m_payload.object;
-    default: return nullptr;
+    case ValueCompound:
+        return m_payload.object;
+    default:
+        return nullptr;
     }
 }
 
-int ZkValue::getArrayCount() const noexcept
-{
+int ZkValue::getArrayCount() const noexcept {
     if (isNull())
         return 0;
     if (isArray())
@@ -327,8 +299,7 @@ int ZkValue::getArrayCount() const noexcept
 
 // Conversions -------------------------------------------------------------------------------
 
-int ZkValue::getIntegerValue(int dflt) const noexcept
-{
+int ZkValue::getIntegerValue(int dflt) const noexcept {
     if (isInteger())
         return m_payload.integer;
     if (!isReal())
@@ -343,13 +314,11 @@ int ZkValue::getIntegerValue(int dflt) const noexcept
     return static_cast<int>(x);
 }
 
-UChar32 ZkValue::getCharacterValue() const noexcept
-{
+UChar32 ZkValue::getCharacterValue() const noexcept {
     return isCharacter() ? m_payload.integer : -1;
 }
 
-float ZkValue::getRealValue(ZkUnitType target) const noexcept
-{
+float ZkValue::getRealValue(ZkUnitType target) const noexcept {
     if (!isNumeric())
         return kNaN;
     float x = numberAsFloat();
@@ -389,17 +358,22 @@ float ZkValue::getRealValue(ZkUnitType target) const noexcept
         if (unit == UnitRad)
             return x * 63.661976f;
         return kNaN;
-    case UnitMs: return unit == UnitS ? x * 1000.0f : kNaN;
-    case UnitS: return unit == UnitMs ? x / 1000.0f : kNaN;
-    case UnitHz: return unit == UnitKHz ? x * 1000.0f : kNaN;
-    case UnitKHz: return unit == UnitHz ? x / 1000.0f : kNaN;
+    case UnitMs:
+        return unit == UnitS ? x * 1000.0f : kNaN;
+    case UnitS:
+        return unit == UnitMs ? x / 1000.0f : kNaN;
+    case UnitHz:
+        return unit == UnitKHz ? x * 1000.0f : kNaN;
+    case UnitKHz:
+        return unit == UnitHz ? x / 1000.0f : kNaN;
     case UnitDpi:
         if (unit == UnitNumber)
             return x;
         if (unit == UnitDpcm)
             return x * 2.54f;
         return kNaN;
-    case UnitDpcm: return unit == UnitNumber || unit == UnitDpi ? x / 2.54f : kNaN;
+    case UnitDpcm:
+        return unit == UnitNumber || unit == UnitDpi ? x / 2.54f : kNaN;
     default:
         if (isAbsoluteLengthUnit(target) && isAbsoluteLengthUnit(unit))
             return ZkLength(x, unit).getRealValue(target);
@@ -407,8 +381,7 @@ float ZkValue::getRealValue(ZkUnitType target) const noexcept
     }
 }
 
-ZkLength ZkValue::getLengthValue(bool zeroIsLength) const noexcept
-{
+ZkLength ZkValue::getLengthValue(bool zeroIsLength) const noexcept {
     if (getValueType() == ValueCompound) {
         const ZkNamedValueMap* map = m_payload.map;
         if (!map)
@@ -432,23 +405,19 @@ ZkLength ZkValue::getLengthValue(bool zeroIsLength) const noexcept
     return ZkLength::autoLength();
 }
 
-ZkName ZkValue::getNameValue() const noexcept
-{
+ZkName ZkValue::getNameValue() const noexcept {
     return ZkName(getNameEnum());
 }
 
-ZkName ZkValue::getLowerNameValue() const
-{
+ZkName ZkValue::getLowerNameValue() const {
     return isName() ? ZkName(m_payload.name).lowerName() : ZkName();
 }
 
-ZkName ZkValue::toZkName() const
-{
+ZkName ZkValue::toZkName() const {
     return isName() ? ZkName(m_payload.name) : ZkName(toString());
 }
 
-UnicodeString ZkValue::getStringValue() const
-{
+UnicodeString ZkValue::getStringValue() const {
     if (isName())
         return ZkName(m_payload.name).toString();
     if (isString() && m_payload.string)
@@ -456,11 +425,11 @@ UnicodeString ZkValue::getStringValue() const
     return UnicodeString();
 }
 
-UnicodeString ZkValue::toString() const
-{
+UnicodeString ZkValue::toString() const {
     ZkUnitType unit = getUnitType();
     switch (getValueType()) {
-    case ValueNull: return UnicodeString();
+    case ValueNull:
+        return UnicodeString();
     case ValueInteger: {
         if (unit == UnitColor)
             return s_colorHooks.toString(*this);
@@ -476,8 +445,10 @@ UnicodeString ZkValue::toString() const
             text.append(getUnitString(unit));
         return text;
     }
-    case ValueName: return ZkName(m_payload.name).toString();
-    case ValueString: return m_payload.string ? *m_payload.string : UnicodeString();
+    case ValueName:
+        return ZkName(m_payload.name).toString();
+    case ValueString:
+        return m_payload.string ? *m_payload.string : UnicodeString();
     case ValueRCObject: {
         UnicodeString text(u"##");
         if (m_payload.object)
@@ -526,23 +497,20 @@ UnicodeString ZkValue::toString() const
     return UnicodeString();
 }
 
-UnicodeString ZkValue::toString(bool lower) const
-{
+UnicodeString ZkValue::toString(bool lower) const {
     UnicodeString text = toString();
     if (lower)
         text.toLower(Locale::getRoot());
     return text;
 }
 
-UnicodeString ZkValue::toQuotedString(int mode) const
-{
+UnicodeString ZkValue::toQuotedString(int mode) const {
     if (getUnitType() == UnitLiteral)
         return ZkUtil::quoteString(toString(), mode);
     return toString();
 }
 
-UnicodeString ZkValue::toUrlString(int mode) const
-{
+UnicodeString ZkValue::toUrlString(int mode) const {
     UnicodeString text = ZkUtil::quoteString(toString(), mode);
     if (getUnitType() != UnitUri)
         return text;
@@ -552,8 +520,7 @@ UnicodeString ZkValue::toUrlString(int mode) const
     return url;
 }
 
-UnicodeString ZkValue::toValueText(bool css, bool quoteAll) const
-{
+UnicodeString ZkValue::toValueText(bool css, bool quoteAll) const {
     if (isString()) {
         ZkUnitType unit = getUnitType();
         if (unit == UnitUri)
@@ -565,13 +532,11 @@ UnicodeString ZkValue::toValueText(bool css, bool quoteAll) const
     return toString();
 }
 
-UnicodeString ZkValue::getUnitString(ZkUnitType unit)
-{
+UnicodeString ZkValue::getUnitString(ZkUnitType unit) {
     return ZkUtil::toUnitName(unit).toString();
 }
 
-ZkValue ZkValue::clone() const
-{
+ZkValue ZkValue::clone() const {
     ZkValue copy(*this);
     if (isArray()) {
         ZkPtr<ZkValueArray> fresh = m_payload.array->clone();
@@ -589,8 +554,7 @@ ZkValue ZkValue::clone() const
 
 // Lists and compounds -----------------------------------------------------------------------
 
-void ZkValue::addItem(const ZkValue& value)
-{
+void ZkValue::addItem(const ZkValue& value) {
     if (isNull()) {
         uint64_t name = m_tag & ~uint64_t(511);
         *this = value;
@@ -604,8 +568,7 @@ void ZkValue::addItem(const ZkValue& value)
     m_payload.array->addItem(item);
 }
 
-void ZkValue::makeArray()
-{
+void ZkValue::makeArray() {
     if (isArray())
         return;
     ZkPtr<ZkValueArray> array(new ZkValueArray());
@@ -621,8 +584,7 @@ void ZkValue::makeArray()
     m_tag = bitfield(ValueArray, UnitNone) | name;
 }
 
-void ZkValue::makeCompound()
-{
+void ZkValue::makeCompound() {
     if (isCompound())
         return;
     ZkPtr<ZkNamedValueMap> map(new ZkNamedValueMap());
@@ -638,15 +600,13 @@ void ZkValue::makeCompound()
     m_tag = bitfield(ValueCompound, UnitNone) | name;
 }
 
-ZkValue ZkValue::getNthItem(int n) const
-{
+ZkValue ZkValue::getNthItem(int n) const {
     if (isArray())
         return m_payload.array->item(n);
     return n == 0 ? *this : ZkValue();
 }
 
-ZkValue ZkValue::getNamedItem(ZkName name) const
-{
+ZkValue ZkValue::getNamedItem(ZkName name) const {
     if (isCompound()) {
         ZkValue item;
         if (m_payload.map->getNamedItemFast(name, item))
@@ -656,22 +616,19 @@ ZkValue ZkValue::getNamedItem(ZkName name) const
     return name.isEmpty() ? *this : ZkValue();
 }
 
-void ZkValue::setNamedItem(ZkName name, const ZkValue& value)
-{
+void ZkValue::setNamedItem(ZkName name, const ZkValue& value) {
     ZkValue item(value);
     makeCompound();
     m_payload.map->setNamedItem(name, item);
 }
 
-void ZkValue::setNamedItem(const ZkNamedValue& value)
-{
+void ZkValue::setNamedItem(const ZkNamedValue& value) {
     ZkNamedValue item(value);
     makeCompound();
     m_payload.map->setNamedItem(item);
 }
 
-void ZkValue::removeNamedItem(ZkName name, bool collapse)
-{
+void ZkValue::removeNamedItem(ZkName name, bool collapse) {
     if (!isCompound())
         return;
     ZkPtr<ZkNamedValueMap> map(m_payload.map);
@@ -688,6 +645,4 @@ void ZkValue::removeNamedItem(ZkName name, bool collapse)
 
 // ZkName from a value lives here: core must not see the value classes.
 ZkCommonNS::ZkName::ZkName(const ZkValue& value)
-    : m_name(value.isName() ? value.getNameEnum() : ZkName(value.toString()).getEnum())
-{
-}
+    : m_name(value.isName() ? value.getNameEnum() : ZkName(value.toString()).getEnum()) {}

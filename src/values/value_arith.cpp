@@ -3,9 +3,8 @@
 // A bare 0 has no dimension, so it may be added to a length; subtraction and remainder compare
 // units before normalising, so 2cm - 1mm is Null while 2cm + 1mm is a length in points. These
 // asymmetries are what the engine's expression evaluator relies on and are kept deliberately.
-#include "zkcommon/values/value.h"
-
 #include "values/colorhooks.h"
+#include "zkcommon/values/value.h"
 
 #include <cmath>
 #include <cstdint>
@@ -17,42 +16,39 @@ namespace {
 // The radian factor of normalisation differs in its last bit from the one of getRealValue.
 constexpr float kRadToDegNormalize = 57.295776f;
 
-bool isPercentUnit(ZkUnitType unit) noexcept
-{
+bool isPercentUnit(ZkUnitType unit) noexcept {
     return unit == UnitPercent || unit == UnitPercent2;
 }
 
-int32_t wrapAdd(int32_t a, int32_t b) noexcept
-{
+int32_t wrapAdd(int32_t a, int32_t b) noexcept {
     return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
 }
 
-int32_t wrapSub(int32_t a, int32_t b) noexcept
-{
+int32_t wrapSub(int32_t a, int32_t b) noexcept {
     return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
 }
 
-float asFloat(const ZkValue& value) noexcept
-{
+float asFloat(const ZkValue& value) noexcept {
     return value.getRealValue(value.getUnitType());
 }
 
 // The figure of a side in the percentage rule of the list operations: 55 deliberately reads
 // as NaN, as the engine has always done.
-float percentFigure(const ZkValue& value) noexcept
-{
+float percentFigure(const ZkValue& value) noexcept {
     float x = asFloat(value);
     switch (value.getUnitType()) {
-    case UnitPercent: return x;
-    case UnitNumber: return x * 100.0f;
-    default: return std::nanf("");
+    case UnitPercent:
+        return x;
+    case UnitNumber:
+        return x * 100.0f;
+    default:
+        return std::nanf("");
     }
 }
 
 } // namespace
 
-void ZkValue::normalizeUnit() noexcept
-{
+void ZkValue::normalizeUnit() noexcept {
     if (!isNumeric())
         return;
     float x = numberAsFloat();
@@ -63,12 +59,24 @@ void ZkValue::normalizeUnit() noexcept
         if (isInteger())
             becomeReal(x, unit);
         return;
-    case UnitRad: becomeReal(x * kRadToDegNormalize, UnitDeg); return;
-    case UnitGrad: becomeReal(x * 0.9f, UnitDeg); return;
-    case UnitS: becomeReal(x * 1000.0f, UnitMs); return;
-    case UnitKHz: becomeReal(x * 1000.0f, UnitHz); return;
-    case UnitDpi: setUnitType(UnitNumber); return;
-    case UnitDpcm: becomeReal(x * 2.54f, UnitNumber); return;
+    case UnitRad:
+        becomeReal(x * kRadToDegNormalize, UnitDeg);
+        return;
+    case UnitGrad:
+        becomeReal(x * 0.9f, UnitDeg);
+        return;
+    case UnitS:
+        becomeReal(x * 1000.0f, UnitMs);
+        return;
+    case UnitKHz:
+        becomeReal(x * 1000.0f, UnitHz);
+        return;
+    case UnitDpi:
+        setUnitType(UnitNumber);
+        return;
+    case UnitDpcm:
+        becomeReal(x * 2.54f, UnitNumber);
+        return;
     default:
         if (unit == UnitPt)
             becomeReal(x, UnitPt);
@@ -78,8 +86,7 @@ void ZkValue::normalizeUnit() noexcept
     }
 }
 
-ZkValue& ZkValue::operator+=(const ZkValue& right) noexcept
-{
+ZkValue& ZkValue::operator+=(const ZkValue& right) noexcept {
     if (!isNumeric() || !right.isNumeric()) {
         setNull();
         return *this;
@@ -106,8 +113,7 @@ ZkValue& ZkValue::operator+=(const ZkValue& right) noexcept
     return *this;
 }
 
-ZkValue& ZkValue::operator-=(const ZkValue& right) noexcept
-{
+ZkValue& ZkValue::operator-=(const ZkValue& right) noexcept {
     if (!isNumeric() || !right.isNumeric()) {
         setNull();
         return *this;
@@ -134,8 +140,7 @@ ZkValue& ZkValue::operator-=(const ZkValue& right) noexcept
     return *this;
 }
 
-ZkValue& ZkValue::operator%=(const ZkValue& right) noexcept
-{
+ZkValue& ZkValue::operator%=(const ZkValue& right) noexcept {
     if (!isNumeric() || !right.isNumeric() || getUnitType() != right.getUnitType()) {
         setNull();
         return *this;
@@ -165,8 +170,7 @@ ZkValue& ZkValue::operator%=(const ZkValue& right) noexcept
     return *this;
 }
 
-ZkValue& ZkValue::operator*=(const ZkValue& right) noexcept
-{
+ZkValue& ZkValue::operator*=(const ZkValue& right) noexcept {
     if (!isNumeric() || !right.isNumeric()) {
         setNull();
         return *this;
@@ -203,8 +207,7 @@ ZkValue& ZkValue::operator*=(const ZkValue& right) noexcept
     return *this;
 }
 
-ZkValue& ZkValue::operator/=(const ZkValue& right) noexcept
-{
+ZkValue& ZkValue::operator/=(const ZkValue& right) noexcept {
     if (!isNumeric() || !right.isNumeric()) {
         setNull();
         return *this;
@@ -247,43 +250,37 @@ ZkValue& ZkValue::operator/=(const ZkValue& right) noexcept
     return *this;
 }
 
-ZkValue ZkValue::operator+(const ZkValue& right) const noexcept
-{
+ZkValue ZkValue::operator+(const ZkValue& right) const noexcept {
     ZkValue result(*this);
     result += right;
     return result;
 }
 
-ZkValue ZkValue::operator-(const ZkValue& right) const noexcept
-{
+ZkValue ZkValue::operator-(const ZkValue& right) const noexcept {
     ZkValue result(*this);
     result -= right;
     return result;
 }
 
-ZkValue ZkValue::operator*(const ZkValue& right) const noexcept
-{
+ZkValue ZkValue::operator*(const ZkValue& right) const noexcept {
     ZkValue result(*this);
     result *= right;
     return result;
 }
 
-ZkValue ZkValue::operator/(const ZkValue& right) const noexcept
-{
+ZkValue ZkValue::operator/(const ZkValue& right) const noexcept {
     ZkValue result(*this);
     result /= right;
     return result;
 }
 
-ZkValue ZkValue::operator%(const ZkValue& right) const noexcept
-{
+ZkValue ZkValue::operator%(const ZkValue& right) const noexcept {
     ZkValue result(*this);
     result %= right;
     return result;
 }
 
-ZkValue ZkValue::operator-() const noexcept
-{
+ZkValue ZkValue::operator-() const noexcept {
     if (isInteger())
         return ZkValue(wrapSub(0, m_payload.integer), getUnitType());
     if (isReal())
@@ -291,8 +288,7 @@ ZkValue ZkValue::operator-() const noexcept
     return ZkValue();
 }
 
-ZkValue ZkValue::abs() const noexcept
-{
+ZkValue ZkValue::abs() const noexcept {
     if (isInteger())
         return m_payload.integer < 0 ? -*this : ZkValue(m_payload.integer, getUnitType());
     if (isReal())
@@ -300,8 +296,7 @@ ZkValue ZkValue::abs() const noexcept
     return ZkValue();
 }
 
-ZkValue ZkValue::round() const noexcept
-{
+ZkValue ZkValue::round() const noexcept {
     if (!isNumber())
         return ZkValue();
     if (isInteger())
@@ -309,8 +304,7 @@ ZkValue ZkValue::round() const noexcept
     return ZkValue(std::floor(m_payload.real + 0.5f), UnitNumber);
 }
 
-ZkValue ZkValue::floor() const noexcept
-{
+ZkValue ZkValue::floor() const noexcept {
     if (!isNumber())
         return ZkValue();
     if (isInteger())
@@ -318,8 +312,7 @@ ZkValue ZkValue::floor() const noexcept
     return ZkValue(std::floor(m_payload.real), UnitNumber);
 }
 
-ZkValue ZkValue::ceiling() const noexcept
-{
+ZkValue ZkValue::ceiling() const noexcept {
     if (!isNumber())
         return ZkValue();
     if (isInteger())
@@ -329,8 +322,7 @@ ZkValue ZkValue::ceiling() const noexcept
 
 // List-wide operations ----------------------------------------------------------------------
 
-void ZkValue::multipleEachItem(const ZkValue& value)
-{
+void ZkValue::multipleEachItem(const ZkValue& value) {
     if (isArray()) {
         ZkPtr<ZkValueArray> items(m_payload.array);
         ZkValue result;
@@ -351,8 +343,7 @@ void ZkValue::multipleEachItem(const ZkValue& value)
     *this *= value;
 }
 
-void ZkValue::devideEachItem(const ZkValue& value)
-{
+void ZkValue::devideEachItem(const ZkValue& value) {
     if (isArray()) {
         ZkPtr<ZkValueArray> items(m_payload.array);
         ZkValue result;
@@ -373,8 +364,7 @@ void ZkValue::devideEachItem(const ZkValue& value)
     *this /= value;
 }
 
-void ZkValue::invertItem()
-{
+void ZkValue::invertItem() {
     if (isArray()) {
         ZkPtr<ZkValueArray> items(m_payload.array);
         ZkValue result;
@@ -389,8 +379,7 @@ void ZkValue::invertItem()
     *this = -*this;
 }
 
-void ZkValue::concatEachItem()
-{
+void ZkValue::concatEachItem() {
     UnicodeString text;
     if (isArray()) {
         for (int i = 0, count = m_payload.array->getCount(); i < count; ++i)
@@ -401,8 +390,7 @@ void ZkValue::concatEachItem()
     *this = ZkValue(text, UnitNone);
 }
 
-ZkValue ZkValue::sumItem(const ZkValue& base) const
-{
+ZkValue ZkValue::sumItem(const ZkValue& base) const {
     if (isArray()) {
         int count = m_payload.array->getCount();
         if (count == 0)
@@ -419,18 +407,23 @@ ZkValue ZkValue::sumItem(const ZkValue& base) const
 
 // Comparison --------------------------------------------------------------------------------
 
-bool ZkValue::operator==(const ZkValue& other) const
-{
+bool ZkValue::operator==(const ZkValue& other) const {
     ZkValueType type = getValueType();
     if (type == other.getValueType() && getUnitType() == other.getUnitType()) {
         switch (type) {
-        case ValueNull: return true;
-        case ValueInteger: return m_payload.integer == other.m_payload.integer;
-        case ValueName: return m_payload.name == other.m_payload.name;
-        case ValueReal: return m_payload.real == other.m_payload.real;
-        case ValueString: return getStringValue() == other.getStringValue();
+        case ValueNull:
+            return true;
+        case ValueInteger:
+            return m_payload.integer == other.m_payload.integer;
+        case ValueName:
+            return m_payload.name == other.m_payload.name;
+        case ValueReal:
+            return m_payload.real == other.m_payload.real;
+        case ValueString:
+            return getStringValue() == other.getStringValue();
         case ValueRCObject:
-        case ValueArray: return m_payload.object == other.m_payload.object;
+        case ValueArray:
+            return m_payload.object == other.m_payload.object;
         case ValueCompound:
             if (m_payload.map && other.m_payload.map && getUnitType() == UnitColor)
                 return detail::getColorValueHooks().equal(*this, other);
@@ -450,19 +443,22 @@ bool ZkValue::operator==(const ZkValue& other) const
     return false;
 }
 
-bool ZkValue::operator<(const ZkValue& other) const
-{
+bool ZkValue::operator<(const ZkValue& other) const {
     ZkValueType type = getValueType();
     ZkValueType otherType = other.getValueType();
     if (type == otherType && getUnitType() == other.getUnitType()) {
         switch (type) {
-        case ValueNull: return false;
-        case ValueInteger: return m_payload.integer < other.m_payload.integer;
+        case ValueNull:
+            return false;
+        case ValueInteger:
+            return m_payload.integer < other.m_payload.integer;
         case ValueName:
             return static_cast<int32_t>(m_payload.name) <
                    static_cast<int32_t>(other.m_payload.name);
-        case ValueReal: return m_payload.real < other.m_payload.real;
-        case ValueString: return getStringValue() < other.getStringValue();
+        case ValueReal:
+            return m_payload.real < other.m_payload.real;
+        case ValueString:
+            return getStringValue() < other.getStringValue();
         case ValueRCObject:
         case ValueArray:
         case ValueCompound:

@@ -2,9 +2,8 @@
 // properties and vertical orientation.
 #include "zkcommon/core/char.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdio>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -17,16 +16,14 @@ struct CharCase {
     bool expected;
 };
 
-std::string hex(UChar32 c)
-{
+std::string hex(UChar32 c) {
     char buffer[16];
     std::snprintf(buffer, sizeof buffer, "U+%04X", static_cast<unsigned>(c));
     return buffer;
 }
 
 template <class Test>
-void checkTable(const char* what, Test test, const std::vector<CharCase>& cases)
-{
+void checkTable(const char* what, Test test, const std::vector<CharCase>& cases) {
     for (const CharCase& k : cases) {
         SCOPED_TRACE(std::string(what) + " " + hex(k.c));
         EXPECT_EQ(test(k.c), k.expected);
@@ -35,57 +32,52 @@ void checkTable(const char* what, Test test, const std::vector<CharCase>& cases)
 
 } // namespace
 
-TEST(ZkChar, ValidCharAtEveryBoundary)
-{
+TEST(ZkChar, ValidCharAtEveryBoundary) {
     checkTable("isValidChar", ZkChar::isValidChar,
-               {{0x00, false}, {0x08, false}, {0x09, true}, {0x0A, true}, {0x0B, false},
-                {0x0C, false}, {0x0D, true}, {0x0E, false}, {0x1F, false}, {0x20, true},
-                {0x7F, true}, {0xD7FF, true}, {0xD800, false}, {0xDFFF, false},
-                {0xE000, true}, {0xFFFD, true}, {0xFFFE, false}, {0xFFFF, false},
-                {0x10000, true}, {0x10FFFF, true}, {0x110000, false}, {-1, false}});
+               {{0x00, false},     {0x08, false},   {0x09, true},    {0x0A, true},
+                {0x0B, false},     {0x0C, false},   {0x0D, true},    {0x0E, false},
+                {0x1F, false},     {0x20, true},    {0x7F, true},    {0xD7FF, true},
+                {0xD800, false},   {0xDFFF, false}, {0xE000, true},  {0xFFFD, true},
+                {0xFFFE, false},   {0xFFFF, false}, {0x10000, true}, {0x10FFFF, true},
+                {0x110000, false}, {-1, false}});
 }
 
-TEST(ZkChar, ValidChar11IsNarrowerInTheControls)
-{
+TEST(ZkChar, ValidChar11IsNarrowerInTheControls) {
     checkTable("isValidChar11", ZkChar::isValidChar11,
-               {{0x08, false}, {0x09, true}, {0x0A, true}, {0x0D, true}, {0x1F, false},
-                {0x20, true}, {0x7E, true}, {0x7F, false}, {0x84, false}, {0x85, true},
-                {0x86, false}, {0x9F, false}, {0xA0, true}, {0xD7FF, true}, {0xD800, false},
-                {0xE000, true}, {0xFFFD, true}, {0xFFFE, false}, {0x10000, true},
-                {0x10FFFF, true}, {0x110000, false}});
+               {{0x08, false},    {0x09, true},    {0x0A, true},    {0x0D, true},
+                {0x1F, false},    {0x20, true},    {0x7E, true},    {0x7F, false},
+                {0x84, false},    {0x85, true},    {0x86, false},   {0x9F, false},
+                {0xA0, true},     {0xD7FF, true},  {0xD800, false}, {0xE000, true},
+                {0xFFFD, true},   {0xFFFE, false}, {0x10000, true}, {0x10FFFF, true},
+                {0x110000, false}});
 }
 
-TEST(ZkChar, NCNameStartCharAtEveryBoundary)
-{
+TEST(ZkChar, NCNameStartCharAtEveryBoundary) {
     checkTable("isNCNameStartChar", ZkChar::isNCNameStartChar,
-               {{'@', false}, {'A', true}, {'Z', true}, {'[', false}, {'_', true},
-                {'`', false}, {'a', true}, {'z', true}, {'{', false}, {':', false},
-                {'-', false}, {'0', false}, {0xBF, false}, {0xC0, true}, {0xD6, true},
-                {0xD7, false}, {0xD8, true}, {0xF6, true}, {0xF7, false}, {0xF8, true},
-                {0x2FF, true}, {0x300, false}, {0x36F, false}, {0x370, true}, {0x37D, true},
-                {0x37E, false}, {0x37F, true}, {0x1FFF, true}, {0x2000, false},
-                {0x200B, false}, {0x200C, true}, {0x200D, true}, {0x200E, false},
-                {0x206F, false}, {0x2070, true}, {0x218F, true}, {0x2190, false},
-                {0x2BFF, false}, {0x2C00, true}, {0x2FEF, true}, {0x2FF0, false},
-                {0x3000, false}, {0x3001, true}, {0xD7FF, true}, {0xD800, false},
-                {0xF8FF, false}, {0xF900, true}, {0xFDCF, true}, {0xFDD0, false},
-                {0xFDEF, false}, {0xFDF0, true}, {0xFFFD, true}, {0xFFFE, false},
-                {0xFFFF, false}, {0x10000, true}, {0xEFFFF, true}, {0xF0000, false}});
+               {{'@', false},    {'A', true},     {'Z', true},     {'[', false},    {'_', true},
+                {'`', false},    {'a', true},     {'z', true},     {'{', false},    {':', false},
+                {'-', false},    {'0', false},    {0xBF, false},   {0xC0, true},    {0xD6, true},
+                {0xD7, false},   {0xD8, true},    {0xF6, true},    {0xF7, false},   {0xF8, true},
+                {0x2FF, true},   {0x300, false},  {0x36F, false},  {0x370, true},   {0x37D, true},
+                {0x37E, false},  {0x37F, true},   {0x1FFF, true},  {0x2000, false}, {0x200B, false},
+                {0x200C, true},  {0x200D, true},  {0x200E, false}, {0x206F, false}, {0x2070, true},
+                {0x218F, true},  {0x2190, false}, {0x2BFF, false}, {0x2C00, true},  {0x2FEF, true},
+                {0x2FF0, false}, {0x3000, false}, {0x3001, true},  {0xD7FF, true},  {0xD800, false},
+                {0xF8FF, false}, {0xF900, true},  {0xFDCF, true},  {0xFDD0, false}, {0xFDEF, false},
+                {0xFDF0, true},  {0xFFFD, true},  {0xFFFE, false}, {0xFFFF, false}, {0x10000, true},
+                {0xEFFFF, true}, {0xF0000, false}});
 }
 
-TEST(ZkChar, NCNameCharAddsDigitsAndCombiningMarks)
-{
+TEST(ZkChar, NCNameCharAddsDigitsAndCombiningMarks) {
     checkTable("isNCNameChar", ZkChar::isNCNameChar,
-               {{'-', true}, {'.', true}, {'/', false}, {'0', true}, {'9', true},
-                {':', false}, {'A', true}, {'_', true}, {' ', false}, {0xB6, false},
-                {0xB7, true}, {0xB8, false}, {0x2FF, true}, {0x300, true}, {0x36F, true},
-                {0x370, true}, {0x37E, false}, {0x203E, false}, {0x203F, true},
-                {0x2040, true}, {0x2041, false}, {0x3000, false}, {0x10000, true},
-                {0xF0000, false}});
+               {{'-', true},     {'.', true},     {'/', false},    {'0', true},     {'9', true},
+                {':', false},    {'A', true},     {'_', true},     {' ', false},    {0xB6, false},
+                {0xB7, true},    {0xB8, false},   {0x2FF, true},   {0x300, true},   {0x36F, true},
+                {0x370, true},   {0x37E, false},  {0x203E, false}, {0x203F, true},  {0x2040, true},
+                {0x2041, false}, {0x3000, false}, {0x10000, true}, {0xF0000, false}});
 }
 
-TEST(ZkChar, NameClassesAddTheColon)
-{
+TEST(ZkChar, NameClassesAddTheColon) {
     EXPECT_TRUE(ZkChar::isNameStartChar(':'));
     EXPECT_TRUE(ZkChar::isNameChar(':'));
     EXPECT_FALSE(ZkChar::isNCNameStartChar(':'));
@@ -96,17 +88,16 @@ TEST(ZkChar, NameClassesAddTheColon)
     EXPECT_TRUE(ZkChar::isNCNameCharForCSSExp('a'));
 }
 
-TEST(ZkChar, NameStrings)
-{
+TEST(ZkChar, NameStrings) {
     struct Case {
         const char16_t* text;
         bool name;
         bool ncname;
     } cases[] = {
-        {u"", false, false},         {u"a", true, true},         {u"fo:block", true, false},
-        {u":x", true, false},        {u"1a", false, false},      {u"-a", false, false},
-        {u"a-1.b", true, true},      {u"a b", false, false},     {u"\u65E5\u672C", true, true},
-        {u"\U00010000x", true, true}, {u"x\u00B7", true, true},   {u"\u0300x", false, false},
+        {u"", false, false},          {u"a", true, true},       {u"fo:block", true, false},
+        {u":x", true, false},         {u"1a", false, false},    {u"-a", false, false},
+        {u"a-1.b", true, true},       {u"a b", false, false},   {u"\u65E5\u672C", true, true},
+        {u"\U00010000x", true, true}, {u"x\u00B7", true, true}, {u"\u0300x", false, false},
     };
     for (const Case& k : cases) {
         UnicodeString text(k.text);
@@ -117,47 +108,65 @@ TEST(ZkChar, NameStrings)
     }
 }
 
-TEST(ZkChar, MimeTokenChars)
-{
+TEST(ZkChar, MimeTokenChars) {
     checkTable("isMIMETokenChar", ZkChar::isMIMETokenChar,
-               {{0x20, false}, {0x21, true}, {'"', false}, {'#', true}, {'(', false},
-                {')', false}, {',', false}, {'-', true}, {'/', false}, {':', false},
-                {';', false}, {'<', false}, {'=', false}, {'>', false}, {'?', false},
-                {'@', false}, {'[', false}, {'\\', false}, {']', false}, {'^', true},
-                {'~', true}, {0x7E, true}, {0x7F, false}, {0xE9, false}});
+               {{0x20, false}, {0x21, true}, {'"', false},  {'#', true},  {'(', false},
+                {')', false},  {',', false}, {'-', true},   {'/', false}, {':', false},
+                {';', false},  {'<', false}, {'=', false},  {'>', false}, {'?', false},
+                {'@', false},  {'[', false}, {'\\', false}, {']', false}, {'^', true},
+                {'~', true},   {0x7E, true}, {0x7F, false}, {0xE9, false}});
 }
 
-TEST(ZkChar, WhiteSpaceAndBreaks)
-{
+TEST(ZkChar, WhiteSpaceAndBreaks) {
     checkTable("isWhitespace", [](UChar32 c) { return ZkChar::isWhitespace(c); },
-               {{0x08, false}, {0x09, true}, {0x0A, true}, {0x0B, false}, {0x0C, false},
-                {0x0D, true}, {0x20, true}, {0xA0, false}, {0x3000, false}});
+               {{0x08, false},
+                {0x09, true},
+                {0x0A, true},
+                {0x0B, false},
+                {0x0C, false},
+                {0x0D, true},
+                {0x20, true},
+                {0xA0, false},
+                {0x3000, false}});
     checkTable("isCssWhitespace", ZkChar::isCssWhitespace,
-               {{0x09, true}, {0x0A, true}, {0x0B, false}, {0x0C, true}, {0x0D, true},
-                {0x20, true}, {0xA0, false}});
+               {{0x09, true},
+                {0x0A, true},
+                {0x0B, false},
+                {0x0C, true},
+                {0x0D, true},
+                {0x20, true},
+                {0xA0, false}});
     checkTable("isCssWhitespaceWoNewline", ZkChar::isCssWhitespaceWoNewline,
                {{0x09, true}, {0x20, true}, {0x0A, false}, {0x0C, false}, {0x0D, false}});
     checkTable("isCssNewline", ZkChar::isCssNewline,
                {{0x0A, true}, {0x0C, true}, {0x0D, true}, {0x09, false}, {0x20, false}});
     checkTable("isSpaceChar", ZkChar::isSpaceChar,
                {{0x20, true}, {0xA0, true}, {0x09, false}, {0x3000, false}});
-    checkTable("isSpaceChar2", ZkChar::isSpaceChar2,
-               {{0x09, true}, {0x0A, true}, {0x0D, true}, {0x20, true}, {0xA0, true},
-                {0x0C, false}});
+    checkTable(
+        "isSpaceChar2", ZkChar::isSpaceChar2,
+        {{0x09, true}, {0x0A, true}, {0x0D, true}, {0x20, true}, {0xA0, true}, {0x0C, false}});
     checkTable("isFixedWidthSpaceChar", ZkChar::isFixedWidthSpaceChar,
-               {{0x1FFF, false}, {0x2000, true}, {0x200A, true}, {0x200B, false},
-                {0x205E, false}, {0x205F, true}, {0x2060, false}});
+               {{0x1FFF, false},
+                {0x2000, true},
+                {0x200A, true},
+                {0x200B, false},
+                {0x205E, false},
+                {0x205F, true},
+                {0x2060, false}});
     checkTable("isZeroWidthSpaceChar", ZkChar::isZeroWidthSpaceChar,
                {{0x200B, true}, {0xFEFF, true}, {0x200C, false}, {0x20, false}});
     checkTable("isHardBreak", ZkChar::isHardBreak,
-               {{0x0A, true}, {0x0C, true}, {0x0D, false}, {0x2028, true}, {0x2029, true},
+               {{0x0A, true},
+                {0x0C, true},
+                {0x0D, false},
+                {0x2028, true},
+                {0x2029, true},
                 {0xFFFF, false}});
     checkTable("isHardBreakOrInvalid", ZkChar::isHardBreakOrInvalid,
                {{0x0A, true}, {0x2029, true}, {0xFFFF, true}, {0xFFFE, false}});
 }
 
-TEST(ZkChar, WhiteSpaceStrings)
-{
+TEST(ZkChar, WhiteSpaceStrings) {
     EXPECT_TRUE(ZkChar::isEmptyOrWhitespace(UnicodeString()));
     EXPECT_FALSE(ZkChar::isWhitespace(UnicodeString()));
     EXPECT_TRUE(ZkChar::isEmptyOrWhitespace(UnicodeString(u" \t\r\n")));
@@ -167,17 +176,27 @@ TEST(ZkChar, WhiteSpaceStrings)
     EXPECT_FALSE(ZkChar::isWhitespace(UnicodeString(u"\f")));
 }
 
-TEST(ZkChar, ZeroWidthControlCodes)
-{
+TEST(ZkChar, ZeroWidthControlCodes) {
     checkTable("isZeroWidthControlCode", ZkChar::isZeroWidthControlCode,
-               {{0xAD, false}, {0xFE00, true}, {0xFE0F, true}, {0xE0100, true},
-                {0xE01EF, true}, {0xE0001, false}, {0x1F600, false}, {0x20A0, false},
-                {0x20CF, false}, {0x00, true}, {0x0A, true}, {0x200B, true}, {0x200D, true},
-                {'a', false}, {0x20, false}, {0x3000, false}});
+               {{0xAD, false},
+                {0xFE00, true},
+                {0xFE0F, true},
+                {0xE0100, true},
+                {0xE01EF, true},
+                {0xE0001, false},
+                {0x1F600, false},
+                {0x20A0, false},
+                {0x20CF, false},
+                {0x00, true},
+                {0x0A, true},
+                {0x200B, true},
+                {0x200D, true},
+                {'a', false},
+                {0x20, false},
+                {0x3000, false}});
 }
 
-TEST(ZkChar, Hyphens)
-{
+TEST(ZkChar, Hyphens) {
     EXPECT_TRUE(ZkChar::isHyphen('-', true));
     EXPECT_TRUE(ZkChar::isHyphen(0x2010, true));
     EXPECT_TRUE(ZkChar::isHyphen(0x2011, false));
@@ -186,8 +205,7 @@ TEST(ZkChar, Hyphens)
     EXPECT_FALSE(ZkChar::isHyphen(0x2012, false));
 }
 
-TEST(ZkChar, EastAsianWidths)
-{
+TEST(ZkChar, EastAsianWidths) {
     EXPECT_TRUE(ZkChar::isHankaku(0xFF71));
     EXPECT_FALSE(ZkChar::isHankaku('a'));
     EXPECT_TRUE(ZkChar::isZenkaku(0x3042));
@@ -197,25 +215,28 @@ TEST(ZkChar, EastAsianWidths)
     EXPECT_TRUE(ZkChar::isHankaku(U_EA_HALFWIDTH));
     EXPECT_FALSE(ZkChar::isHankaku(U_EA_NARROW));
     checkTable("isHankakuChar", ZkChar::isHankakuChar,
-               {{0x00, true}, {0x7F, true}, {0x80, false}, {0xFF60, false}, {0xFF61, true},
-                {0xFF9F, true}, {0xFFA0, false}});
+               {{0x00, true},
+                {0x7F, true},
+                {0x80, false},
+                {0xFF60, false},
+                {0xFF61, true},
+                {0xFF9F, true},
+                {0xFFA0, false}});
     checkTable("isHankakuKana", ZkChar::isHankakuKana,
                {{0x7F, false}, {0xFF61, true}, {0xFF9F, true}, {0xFFA0, false}});
 }
 
-TEST(ZkChar, HalfWidthInLegacyFonts)
-{
+TEST(ZkChar, HalfWidthInLegacyFonts) {
     checkTable("isHalf", ZkChar::isHalf,
-               {{0x00, true}, {0xFF, true}, {0x100, false}, {0x152, true}, {0x153, true},
-                {0x154, false}, {0x160, true}, {0x178, true}, {0x192, true}, {0x2C6, true},
-                {0x2DC, true}, {0x2010, true}, {0x2011, false}, {0x2013, true},
-                {0x2014, true}, {0x2015, false}, {0x201C, true}, {0x2020, true},
-                {0x2022, true}, {0x2026, true}, {0x2030, true}, {0x2039, true},
-                {0x203A, true}, {0x2122, true}, {0x2123, false}, {0x3000, false}});
+               {{0x00, true},    {0xFF, true},   {0x100, false},  {0x152, true},  {0x153, true},
+                {0x154, false},  {0x160, true},  {0x178, true},   {0x192, true},  {0x2C6, true},
+                {0x2DC, true},   {0x2010, true}, {0x2011, false}, {0x2013, true}, {0x2014, true},
+                {0x2015, false}, {0x201C, true}, {0x2020, true},  {0x2022, true}, {0x2026, true},
+                {0x2030, true},  {0x2039, true}, {0x203A, true},  {0x2122, true}, {0x2123, false},
+                {0x3000, false}});
 }
 
-TEST(ZkChar, JapanesePunctuationClasses)
-{
+TEST(ZkChar, JapanesePunctuationClasses) {
     EXPECT_TRUE(ZkChar::isFullStopChar(0x3002));
     EXPECT_TRUE(ZkChar::isFullStopChar(0xFF0E));
     EXPECT_FALSE(ZkChar::isFullStopChar('.'));
@@ -224,18 +245,31 @@ TEST(ZkChar, JapanesePunctuationClasses)
     EXPECT_TRUE(ZkChar::isZenkakuMidDotEtc(0xFF1B));
     EXPECT_FALSE(ZkChar::isZenkakuMidDotEtc(':'));
     checkTable("isOpenParenEtc", ZkChar::isOpenParenEtc,
-               {{'(', true}, {'[', true}, {0x300C, true}, {0xFF08, true}, {0x2018, true},
-                {0x201C, true}, {')', false}, {0x2019, false}, {'a', false}});
+               {{'(', true},
+                {'[', true},
+                {0x300C, true},
+                {0xFF08, true},
+                {0x2018, true},
+                {0x201C, true},
+                {')', false},
+                {0x2019, false},
+                {'a', false}});
     checkTable("isCloseParenEtc", ZkChar::isCloseParenEtc,
-               {{')', true}, {']', true}, {0x300D, true}, {0x3001, true}, {0x3002, true},
-                {0x2019, true}, {0x201D, true}, {'(', false}, {'a', false}});
+               {{')', true},
+                {']', true},
+                {0x300D, true},
+                {0x3001, true},
+                {0x3002, true},
+                {0x2019, true},
+                {0x201D, true},
+                {'(', false},
+                {'a', false}});
     EXPECT_TRUE(ZkChar::isHalfPunct(0x300C));
     EXPECT_TRUE(ZkChar::isHalfPunct(0x30FB));
     EXPECT_FALSE(ZkChar::isHalfPunct(0x3042));
 }
 
-TEST(ZkChar, FullwidthTildeIsAlwaysPunctuation)
-{
+TEST(ZkChar, FullwidthTildeIsAlwaysPunctuation) {
     EXPECT_TRUE(ZkChar::isPunct(0xFF5E));
     EXPECT_FALSE(ZkChar::isPunct(ZkChar::getCategory(0xFF5E)));
     EXPECT_TRUE(ZkChar::isPunct('-'));
@@ -247,41 +281,59 @@ TEST(ZkChar, FullwidthTildeIsAlwaysPunctuation)
     EXPECT_FALSE(ZkChar::isPunct('a'));
 }
 
-TEST(ZkChar, NonStartersAndSymbols)
-{
+TEST(ZkChar, NonStartersAndSymbols) {
     checkTable("isNonStarterJIS", ZkChar::isNonStarterJIS,
-               {{0x3005, true}, {0x3041, true}, {0x3042, false}, {0x3063, true},
-                {0x30FC, true}, {0x30FE, true}, {0x30FF, false}, {0x31EF, false},
-                {0x31F0, true}, {0x31FF, true}, {0x3200, false}, {0xFF66, false},
-                {0xFF67, true}, {0xFF70, true}, {0xFF71, false}});
+               {{0x3005, true},
+                {0x3041, true},
+                {0x3042, false},
+                {0x3063, true},
+                {0x30FC, true},
+                {0x30FE, true},
+                {0x30FF, false},
+                {0x31EF, false},
+                {0x31F0, true},
+                {0x31FF, true},
+                {0x3200, false},
+                {0xFF66, false},
+                {0xFF67, true},
+                {0xFF70, true},
+                {0xFF71, false}});
     checkTable("isSymbolJIS", ZkChar::isSymbolJIS,
-               {{0xA7, true}, {0xA9, false}, {0xD7, true}, {0x215F, false}, {0x2160, true},
-                {0x2169, true}, {0x216A, false}, {0x2190, true}, {0x2193, true},
-                {0x2194, false}, {0x221C, false}, {0x221D, true}, {0x2220, true},
-                {0x2221, false}, {0x2227, true}, {0x222C, true}, {0x222D, false},
-                {0x2460, true}, {0x2473, true}, {0x2474, false}, {0x266F, true},
-                {0x2670, false}});
+               {{0xA7, true},    {0xA9, false},   {0xD7, true},   {0x215F, false}, {0x2160, true},
+                {0x2169, true},  {0x216A, false}, {0x2190, true}, {0x2193, true},  {0x2194, false},
+                {0x221C, false}, {0x221D, true},  {0x2220, true}, {0x2221, false}, {0x2227, true},
+                {0x222C, true},  {0x222D, false}, {0x2460, true}, {0x2473, true},  {0x2474, false},
+                {0x266F, true},  {0x2670, false}});
 }
 
-TEST(ZkChar, HanAndRadicalRanges)
-{
+TEST(ZkChar, HanAndRadicalRanges) {
     checkTable("isKanaKanjiCJK", ZkChar::isKanaKanjiCJK,
-               {{0x2E7F, false}, {0x2E80, true}, {0x2FDF, true}, {0x2FE0, false},
-                {0x3000, true}, {0x4DBF, true}, {0x4DC0, false}, {0x4E00, true},
-                {0x9FFF, true}, {0xA000, false}, {0xF900, true}, {0xFAFF, true},
-                {0xFB00, false}, {0xFF00, true}, {0xFF60, true}, {0xFF61, false},
-                {0xFFE0, true}, {0xFFE7, true}, {0xFFE8, false}, {0x20000, true},
+               {{0x2E7F, false}, {0x2E80, true},  {0x2FDF, true},  {0x2FE0, false}, {0x3000, true},
+                {0x4DBF, true},  {0x4DC0, false}, {0x4E00, true},  {0x9FFF, true},  {0xA000, false},
+                {0xF900, true},  {0xFAFF, true},  {0xFB00, false}, {0xFF00, true},  {0xFF60, true},
+                {0xFF61, false}, {0xFFE0, true},  {0xFFE7, true},  {0xFFE8, false}, {0x20000, true},
                 {0x2FFFF, true}, {0x30000, false}});
     checkTable("isAmbiguousHan", ZkChar::isAmbiguousHan,
-               {{0x3000, false}, {0x33FF, false}, {0x3400, true}, {0x4DB5, true},
-                {0x4DB6, false}, {0x4E00, true}, {0xFFE0, false}, {0x2FFFF, true}});
+               {{0x3000, false},
+                {0x33FF, false},
+                {0x3400, true},
+                {0x4DB5, true},
+                {0x4DB6, false},
+                {0x4E00, true},
+                {0xFFE0, false},
+                {0x2FFFF, true}});
     checkTable("isRadical", ZkChar::isRadical,
-               {{0x2E7F, false}, {0x2E80, true}, {0x2EF3, true}, {0x2EF4, false},
-                {0x2EFF, false}, {0x2F00, true}, {0x2FD5, true}, {0x2FD6, false}});
+               {{0x2E7F, false},
+                {0x2E80, true},
+                {0x2EF3, true},
+                {0x2EF4, false},
+                {0x2EFF, false},
+                {0x2F00, true},
+                {0x2FD5, true},
+                {0x2FD6, false}});
 }
 
-TEST(ZkChar, InseparablePairs)
-{
+TEST(ZkChar, InseparablePairs) {
     EXPECT_TRUE(ZkChar::isInseparableChar(0x2014, 0x2014));
     EXPECT_TRUE(ZkChar::isInseparableChar(0x2015, 0x2015));
     EXPECT_TRUE(ZkChar::isInseparableChar(0x2024, 0x2024));
@@ -294,8 +346,7 @@ TEST(ZkChar, InseparablePairs)
     EXPECT_FALSE(ZkChar::isInseparableChar('a', 'a'));
 }
 
-TEST(ZkChar, InseparableRunsByMethod)
-{
+TEST(ZkChar, InseparableRunsByMethod) {
     struct Case {
         const char16_t* text;
         int index;
@@ -324,23 +375,20 @@ TEST(ZkChar, InseparableRunsByMethod)
     }
 }
 
-TEST(ZkChar, ToZenkakuLeavesSpaceAlone)
-{
+TEST(ZkChar, ToZenkakuLeavesSpaceAlone) {
     UnicodeString text(u"A b~!\u3042");
     UnicodeString result = ZkChar::toZenkaku(text);
     EXPECT_EQ(result, UnicodeString(u"\uFF21 \uFF42\uFF5E\uFF01\u3042"));
     EXPECT_EQ(text, result);
 }
 
-TEST(ZkChar, ToZenkakuKana)
-{
+TEST(ZkChar, ToZenkakuKana) {
     UnicodeString text(u"\uFF76\uFF9E\uFF71\uFF61\uFF67\uFF70\uFF9Dx");
     EXPECT_EQ(ZkChar::toZenkakuKana(text),
               UnicodeString(u"\u30AB\u309B\u30A2\u3002\u30A1\u30FC\u30F3x"));
 }
 
-TEST(ZkChar, ToFullsizeKana)
-{
+TEST(ZkChar, ToFullsizeKana) {
     UnicodeString text(u"\u3041\u3063\u308E\u3095\u3096\u30A1\u30C3\u30F5\u30F6\u31F0\u31F1"
                        u"\u31FF\u3042");
     EXPECT_EQ(ZkChar::toFullsizeKana(text),
@@ -348,8 +396,7 @@ TEST(ZkChar, ToFullsizeKana)
                             u"\u30B7\u30ED\u3042"));
 }
 
-TEST(ZkChar, AsciiCaseOnlyTouchesAsciiLetters)
-{
+TEST(ZkChar, AsciiCaseOnlyTouchesAsciiLetters) {
     const UnicodeString text(u"AbZ\u00C9\u00E9[`");
     EXPECT_EQ(ZkChar::toAsciiLower(text), UnicodeString(u"abz\u00C9\u00E9[`"));
     EXPECT_EQ(ZkChar::toAsciiUpper(text), UnicodeString(u"ABZ\u00C9\u00E9[`"));
@@ -360,14 +407,11 @@ TEST(ZkChar, AsciiCaseOnlyTouchesAsciiLetters)
     EXPECT_EQ(inPlace, UnicodeString(u"MIXED"));
 }
 
-TEST(ZkChar, MirrorString)
-{
-    EXPECT_EQ(ZkChar::getMirrorString(UnicodeString(u"(a<\u300C]")),
-              UnicodeString(u")a>\u300D["));
+TEST(ZkChar, MirrorString) {
+    EXPECT_EQ(ZkChar::getMirrorString(UnicodeString(u"(a<\u300C]")), UnicodeString(u")a>\u300D["));
 }
 
-TEST(ZkChar, Utf8Decoding)
-{
+TEST(ZkChar, Utf8Decoding) {
     EXPECT_EQ(ZkChar::UTF8toUChar32('A', 0, 0, 0), 0x41);
     EXPECT_EQ(ZkChar::UTF8toUChar32(0xC3, 0xA9, 0, 0), 0xE9);
     EXPECT_EQ(ZkChar::UTF8toUChar32(0xC3, 0x28, 0, 0), 0xFFFD);
@@ -381,16 +425,14 @@ TEST(ZkChar, Utf8Decoding)
     EXPECT_EQ(ZkChar::UTF8toUChar32(0xC0, 0x80, 0, 0), 0);
 }
 
-TEST(ZkChar, Utf16Decoding)
-{
+TEST(ZkChar, Utf16Decoding) {
     EXPECT_EQ(ZkChar::UTF16toUChar32(0xD83D, 0xDE00), 0x1F600);
     EXPECT_EQ(ZkChar::UTF16toUChar32(0xD83D, 0x0041), 0xFFFD);
     EXPECT_EQ(ZkChar::UTF16toUChar32(0xDE00, 0x0041), 0xDE00);
     EXPECT_EQ(ZkChar::UTF16toUChar32(0x0041, 0xDE00), 0x41);
 }
 
-TEST(ZkChar, HexDigitsOfBothCases)
-{
+TEST(ZkChar, HexDigitsOfBothCases) {
     EXPECT_EQ(ZkChar::hex2dig('0'), 0);
     EXPECT_EQ(ZkChar::hex2dig('9'), 9);
     EXPECT_EQ(ZkChar::hex2dig('a'), 10);
@@ -399,15 +441,13 @@ TEST(ZkChar, HexDigitsOfBothCases)
     EXPECT_EQ(ZkChar::hex2dig('F'), 15);
 }
 
-TEST(ZkChar, LastCodePoint)
-{
+TEST(ZkChar, LastCodePoint) {
     EXPECT_EQ(ZkChar::last32(UnicodeString(u"ab")), 'b');
     EXPECT_EQ(ZkChar::last32(UnicodeString(u"a\U0001F600")), 0x1F600);
     EXPECT_EQ(ZkChar::last32(UnicodeString()), U_SENTINEL);
 }
 
-TEST(ZkChar, NCNameEscapingRoundTrips)
-{
+TEST(ZkChar, NCNameEscapingRoundTrips) {
     struct Case {
         const char16_t* text;
         const char16_t* escaped;
@@ -436,23 +476,23 @@ TEST(ZkChar, NCNameEscapingRoundTrips)
     }
 }
 
-TEST(ZkChar, NCNameUnescapingKeepsStrayEscapes)
-{
+TEST(ZkChar, NCNameUnescapingKeepsStrayEscapes) {
     EXPECT_EQ(ZkChar::unescapeNCNameStr(UnicodeString(u"a_zz"), '_'), UnicodeString(u"a_zz"));
     EXPECT_EQ(ZkChar::unescapeNCNameStr(UnicodeString(u"a_4"), '_'), UnicodeString(u"a_4"));
     EXPECT_EQ(ZkChar::unescapeNCNameStr(UnicodeString(u"_FF"), '_'), UnicodeString(u"\uFFFD"));
 }
 
-TEST(ZkChar, CssIdentifierRepair)
-{
+TEST(ZkChar, CssIdentifierRepair) {
     struct Case {
         const char16_t* text;
         const char16_t* expected;
     } cases[] = {
-        {u"", u""},           {u"abc", u"abc"},       {u"1abc", u"_abc"},
-        {u"-abc", u"-abc"},   {u"--x", u"--x"},       {u"-1", u"-_"},
-        {u"--1", u"--1"},     {u"a b.c", u"a_b_c"},   {u"a-1", u"a-1"},
-        {u"\u00B7a", u"\u00B7a"}, {u"a\u00D7", u"a_"}, {u"\U0001F600", u"\U0001F600"},
+        {u"", u""},          {u"abc", u"abc"},
+        {u"1abc", u"_abc"},  {u"-abc", u"-abc"},
+        {u"--x", u"--x"},    {u"-1", u"-_"},
+        {u"--1", u"--1"},    {u"a b.c", u"a_b_c"},
+        {u"a-1", u"a-1"},    {u"\u00B7a", u"\u00B7a"},
+        {u"a\u00D7", u"a_"}, {u"\U0001F600", u"\U0001F600"},
         {u"-", u"-"},
     };
     for (const Case& k : cases) {
@@ -463,8 +503,7 @@ TEST(ZkChar, CssIdentifierRepair)
     }
 }
 
-TEST(ZkChar, PropertyGroups)
-{
+TEST(ZkChar, PropertyGroups) {
     EXPECT_TRUE(ZkChar::isLetter('a'));
     EXPECT_TRUE(ZkChar::isLetter(0x3042));
     EXPECT_FALSE(ZkChar::isLetter('1'));
@@ -496,26 +535,45 @@ TEST(ZkChar, PropertyGroups)
     EXPECT_EQ(ZkChar::getCategory(-5), U_UNASSIGNED);
 }
 
-TEST(ZkChar, CurrencySignsCountAsDefined)
-{
+TEST(ZkChar, CurrencySignsCountAsDefined) {
     checkTable("isCurrencySymbol", ZkChar::isCurrencySymbol,
-               {{'$', true}, {0xA2, true}, {0xA3, true}, {0xA5, true}, {0x20A0, false},
-                {0x20A1, true}, {0x20BD, true}, {0x20BE, false}, {0xA838, true},
-                {0xFDFC, true}, {0xFE69, true}, {0xFF04, true}, {0xFFE0, true},
-                {0xFFE1, true}, {0xFFE5, true}, {0xFFE6, true}, {'a', false}});
+               {{'$', true},
+                {0xA2, true},
+                {0xA3, true},
+                {0xA5, true},
+                {0x20A0, false},
+                {0x20A1, true},
+                {0x20BD, true},
+                {0x20BE, false},
+                {0xA838, true},
+                {0xFDFC, true},
+                {0xFE69, true},
+                {0xFF04, true},
+                {0xFFE0, true},
+                {0xFFE1, true},
+                {0xFFE5, true},
+                {0xFFE6, true},
+                {'a', false}});
     EXPECT_TRUE(ZkChar::isUndefined(0x0378));
     EXPECT_FALSE(ZkChar::isUndefined('a'));
     EXPECT_FALSE(ZkChar::isUndefined(0x20BD));
     EXPECT_TRUE(ZkChar::isUndefined(0x110000));
 }
 
-TEST(ZkChar, ScriptsAndBlocks)
-{
+TEST(ZkChar, ScriptsAndBlocks) {
     checkTable("isArabic", ZkChar::isArabic,
                {{0x5FF, false}, {0x600, true}, {0x660, true}, {0x6FF, true}, {0x700, false}});
     checkTable("isArabicScript", ZkChar::isArabicScript,
-               {{0x600, true}, {0x65F, true}, {0x660, false}, {0x669, false}, {0x66A, true},
-                {0x6EF, true}, {0x6F0, false}, {0x6F9, false}, {0x6FA, true}, {0x700, false}});
+               {{0x600, true},
+                {0x65F, true},
+                {0x660, false},
+                {0x669, false},
+                {0x66A, true},
+                {0x6EF, true},
+                {0x6F0, false},
+                {0x6F9, false},
+                {0x6FA, true},
+                {0x700, false}});
     checkTable("isHebrewScript", ZkChar::isHebrewScript,
                {{0x58F, false}, {0x590, true}, {0x5FF, true}, {0x600, false}});
     checkTable("isDevanagariScript", ZkChar::isDevanagariScript,
@@ -523,19 +581,41 @@ TEST(ZkChar, ScriptsAndBlocks)
     checkTable("isPUA", ZkChar::isPUA,
                {{0xDFFF, false}, {0xE000, true}, {0xF8FF, true}, {0xF900, false}});
     checkTable("isMathOperator", ZkChar::isMathOperator,
-               {{0x21FF, false}, {0x2200, true}, {0x22FF, true}, {0x2300, false},
-                {0x27BF, false}, {0x27C0, true}, {0x27FF, true}, {0x2800, false},
-                {0x297F, false}, {0x2980, true}, {0x2AFF, true}, {0x2B00, false},
-                {0x1D3FF, false}, {0x1D400, true}, {0x1D7FF, true}, {0x1D800, false}});
+               {{0x21FF, false},
+                {0x2200, true},
+                {0x22FF, true},
+                {0x2300, false},
+                {0x27BF, false},
+                {0x27C0, true},
+                {0x27FF, true},
+                {0x2800, false},
+                {0x297F, false},
+                {0x2980, true},
+                {0x2AFF, true},
+                {0x2B00, false},
+                {0x1D3FF, false},
+                {0x1D400, true},
+                {0x1D7FF, true},
+                {0x1D800, false}});
     checkTable("isBullet", ZkChar::isBullet,
-               {{0x2022, true}, {0x2023, true}, {0x2024, false}, {0x2043, true},
-                {0x204C, true}, {0x204D, true}, {0x2219, true}, {0x25D8, true},
-                {0x25E6, true}, {0x2619, true}, {0x2765, true}, {0x2767, true},
-                {0x29BE, true}, {0x29BF, true}, {0x25CF, false}});
+               {{0x2022, true},
+                {0x2023, true},
+                {0x2024, false},
+                {0x2043, true},
+                {0x204C, true},
+                {0x204D, true},
+                {0x2219, true},
+                {0x25D8, true},
+                {0x25E6, true},
+                {0x2619, true},
+                {0x2765, true},
+                {0x2767, true},
+                {0x29BE, true},
+                {0x29BF, true},
+                {0x25CF, false}});
 }
 
-TEST(ZkChar, EmojiAndVariationSelectors)
-{
+TEST(ZkChar, EmojiAndVariationSelectors) {
     EXPECT_TRUE(ZkChar::isEmoji(0x1F600, false));
     EXPECT_FALSE(ZkChar::isEmoji(0x263A, false));
     EXPECT_TRUE(ZkChar::isEmoji(0x263A, true));
@@ -556,17 +636,16 @@ TEST(ZkChar, EmojiAndVariationSelectors)
                {{0xE00FF, false}, {0xE0100, true}, {0xE01EF, true}, {0xE01F0, false}});
 }
 
-TEST(ZkChar, VerticalOrientationTellingRows)
-{
+TEST(ZkChar, VerticalOrientationTellingRows) {
     struct Row {
         UChar32 first;
         UChar32 last;
         int stacked;
         int mixed;
     } rows[] = {
-        {0x0000, 0x001F, 2, 2},   {0x0020, 0x0027, 1, 2},   {0x3001, 0x3002, 16, 16},
-        {0x3008, 0x3011, 32, 32}, {0x3014, 0x301F, 32, 32}, {0x30FC, 0x30FC, 32, 32},
-        {0xFF61, 0xFF61, 16, 2},  {0xFF70, 0xFF70, 32, 2},  {0x2008, 0x2008, 8, 2},
+        {0x0000, 0x001F, 2, 2},     {0x0020, 0x0027, 1, 2},   {0x3001, 0x3002, 16, 16},
+        {0x3008, 0x3011, 32, 32},   {0x3014, 0x301F, 32, 32}, {0x30FC, 0x30FC, 32, 32},
+        {0xFF61, 0xFF61, 16, 2},    {0xFF70, 0xFF70, 32, 2},  {0x2008, 0x2008, 8, 2},
         {0x1F200, 0x1F201, 16, 16},
     };
     for (const Row& row : rows) {
@@ -585,8 +664,7 @@ TEST(ZkChar, VerticalOrientationTellingRows)
     }
 }
 
-TEST(ZkChar, VerticalOrientationTableShape)
-{
+TEST(ZkChar, VerticalOrientationTableShape) {
     // The rows come from the Unicode data of the ICU in use; the pairs are a fixed set.
     int rows = ZkChar::getTR50RowCount();
     EXPECT_GE(rows, 185);
@@ -594,8 +672,7 @@ TEST(ZkChar, VerticalOrientationTableShape)
     EXPECT_EQ(ZkChar::getTR50ClassBytes(0x4E00), (std::pair<uint8_t, uint8_t>(1, 1)));
 }
 
-TEST(ZkChar, VerticalOrientationAnswers)
-{
+TEST(ZkChar, VerticalOrientationAnswers) {
     // Upright: in no row.
     EXPECT_EQ(ZkChar::getTR50SVO(0x4E00, nullptr, false), ZkChar::TR50_UPRIGHT);
     EXPECT_EQ(ZkChar::getTR50MVO(0x4E00, nullptr, true), ZkChar::TR50_UPRIGHT);
@@ -617,11 +694,10 @@ TEST(ZkChar, VerticalOrientationAnswers)
     EXPECT_EQ(ZkChar::getTR50SVO(0x110000, nullptr, true), ZkChar::TR50_UPRIGHT);
 }
 
-TEST(ZkChar, VerticalOrientationOverrides)
-{
+TEST(ZkChar, VerticalOrientationOverrides) {
     ZkChar::TR50Overrides overrides;
-    overrides[0x4E00] = {2, 0};  // stacked only
-    overrides['A'] = {0, 64};    // mixed only
+    overrides[0x4E00] = {2, 0}; // stacked only
+    overrides['A'] = {0, 64};   // mixed only
     overrides[0x3001] = {32, 32};
     EXPECT_EQ(ZkChar::getTR50SVO(0x4E00, &overrides, false), ZkChar::TR50_ROTATED);
     EXPECT_EQ(ZkChar::getTR50MVO(0x4E00, &overrides, false), ZkChar::TR50_UPRIGHT);
@@ -633,32 +709,26 @@ TEST(ZkChar, VerticalOrientationOverrides)
     EXPECT_EQ(ZkChar::getTR50MVO('A', &empty, false), ZkChar::TR50_ROTATED);
 }
 
-TEST(ZkChar, NoVerticalCharsAtEveryBoundary)
-{
+TEST(ZkChar, NoVerticalCharsAtEveryBoundary) {
     checkTable("isNoVerticalChar", ZkChar::isNoVerticalChar,
-               {{0x0000, true},   {0x10FF, true},   {0x1100, false},  {0x11FF, false},
-                {0x1200, true},   {0x2017, true},   {0x2018, false},  {0x2019, false},
-                {0x201A, true},   {0x201B, true},   {0x201C, false},  {0x201E, true},
-                {0x2020, false},  {0x2022, true},   {0x202F, true},   {0x2030, false},
-                {0x2031, true},   {0x2032, false},  {0x2034, true},   {0x203A, true},
-                {0x203B, false},  {0x203C, true},   {0x2102, true},   {0x2103, false},
-                {0x2104, true},   {0x2116, false},  {0x2117, true},   {0x2121, false},
-                {0x2122, true},   {0x212B, false},  {0x212C, true},   {0x214F, true},
-                {0x2150, false},  {0x218F, false},  {0x2190, true},   {0x23FF, true},
-                {0x2400, false},  {0x2500, true},   {0x259F, true},   {0x25A0, false},
-                {0x25A2, true},   {0x25B2, false},  {0x25B4, true},   {0x25BC, false},
-                {0x25BE, true},   {0x25C6, false},  {0x25C8, true},   {0x25CB, false},
-                {0x25CC, true},   {0x25CE, false},  {0x25D0, true},   {0x25EF, false},
-                {0x25F0, true},   {0x2605, false},  {0x2607, true},   {0x2640, false},
-                {0x2641, true},   {0x2642, false},  {0x2643, true},   {0x266A, false},
-                {0x266B, true},   {0x266D, false},  {0x266E, true},   {0x266F, false},
-                {0x2670, true},   {0x2775, true},   {0x2776, false},  {0x2794, true},
-                {0x2E7F, true},   {0x2E80, false},  {0x3012, false},  {0x3013, true},
-                {0x3030, true},   {0x3031, false},  {0x3190, true},   {0x319F, true},
-                {0x31A0, false},  {0x9FFF, false},  {0xA000, true},   {0xABFF, true},
-                {0xAC00, false},  {0xFB00, true},   {0xFE0F, true},   {0xFE10, false},
-                {0xFE70, true},   {0xFEFF, true},   {0xFF00, false},  {0xFF0D, true},
-                {0xFF0E, false},  {0xFF1C, true},   {0xFF1E, true},   {0xFF1F, false},
-                {0xFF61, true},   {0xFFDF, true},   {0xFFE0, false},  {0xFFE8, true},
-                {0x1FFFF, true},  {0x20000, false}});
+               {{0x0000, true},  {0x10FF, true},  {0x1100, false}, {0x11FF, false}, {0x1200, true},
+                {0x2017, true},  {0x2018, false}, {0x2019, false}, {0x201A, true},  {0x201B, true},
+                {0x201C, false}, {0x201E, true},  {0x2020, false}, {0x2022, true},  {0x202F, true},
+                {0x2030, false}, {0x2031, true},  {0x2032, false}, {0x2034, true},  {0x203A, true},
+                {0x203B, false}, {0x203C, true},  {0x2102, true},  {0x2103, false}, {0x2104, true},
+                {0x2116, false}, {0x2117, true},  {0x2121, false}, {0x2122, true},  {0x212B, false},
+                {0x212C, true},  {0x214F, true},  {0x2150, false}, {0x218F, false}, {0x2190, true},
+                {0x23FF, true},  {0x2400, false}, {0x2500, true},  {0x259F, true},  {0x25A0, false},
+                {0x25A2, true},  {0x25B2, false}, {0x25B4, true},  {0x25BC, false}, {0x25BE, true},
+                {0x25C6, false}, {0x25C8, true},  {0x25CB, false}, {0x25CC, true},  {0x25CE, false},
+                {0x25D0, true},  {0x25EF, false}, {0x25F0, true},  {0x2605, false}, {0x2607, true},
+                {0x2640, false}, {0x2641, true},  {0x2642, false}, {0x2643, true},  {0x266A, false},
+                {0x266B, true},  {0x266D, false}, {0x266E, true},  {0x266F, false}, {0x2670, true},
+                {0x2775, true},  {0x2776, false}, {0x2794, true},  {0x2E7F, true},  {0x2E80, false},
+                {0x3012, false}, {0x3013, true},  {0x3030, true},  {0x3031, false}, {0x3190, true},
+                {0x319F, true},  {0x31A0, false}, {0x9FFF, false}, {0xA000, true},  {0xABFF, true},
+                {0xAC00, false}, {0xFB00, true},  {0xFE0F, true},  {0xFE10, false}, {0xFE70, true},
+                {0xFEFF, true},  {0xFF00, false}, {0xFF0D, true},  {0xFF0E, false}, {0xFF1C, true},
+                {0xFF1E, true},  {0xFF1F, false}, {0xFF61, true},  {0xFFDF, true},  {0xFFE0, false},
+                {0xFFE8, true},  {0x1FFFF, true}, {0x20000, false}});
 }

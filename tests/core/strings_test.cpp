@@ -1,14 +1,12 @@
 // Tests of the small string carriers: the shared empty and bogus strings, ZkCStr, ZkUtfStr.
 #include "zkcommon/core/strings.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
+#include <gtest/gtest.h>
 
 using namespace ZkCommonNS;
 
-TEST(ZkStrings, SharedEmptyAndBogus)
-{
+TEST(ZkStrings, SharedEmptyAndBogus) {
     EXPECT_TRUE(ZkEmptyString::getEmptyString().isEmpty());
     EXPECT_FALSE(ZkEmptyString::getEmptyString().isBogus());
     EXPECT_TRUE(ZkBogusString::getBogusString().isBogus());
@@ -16,16 +14,14 @@ TEST(ZkStrings, SharedEmptyAndBogus)
     EXPECT_EQ(&ZkBogusString::getBogusString(), &ZkBogusString::BOGUS_VALUE);
 }
 
-TEST(ZkCStr, GivesUtf8ByDefault)
-{
+TEST(ZkCStr, GivesUtf8ByDefault) {
     ZkCStr text(UnicodeString(u"/tmp/\u65E5\u672C.txt"));
     EXPECT_STREQ(text.c_str(), "/tmp/\xE6\x97\xA5\xE6\x9C\xAC.txt");
     EXPECT_EQ(text.length8(), 15);
     EXPECT_EQ(text.getEncoding(), "UTF-8");
 }
 
-TEST(ZkCStr, NamedEncoding)
-{
+TEST(ZkCStr, NamedEncoding) {
     ZkCStr text(UnicodeString(u"caf\u00E9"), "ISO-8859-1");
     EXPECT_STREQ(text.c_str(), "caf\xE9");
     ZkCStr sjis(UnicodeString(u"\u3042"), "Shift_JIS");
@@ -34,14 +30,12 @@ TEST(ZkCStr, NamedEncoding)
     EXPECT_EQ(back, UnicodeString(u"\u3042"));
 }
 
-TEST(ZkCStr, UnknownEncodingFallsBackToUtf8)
-{
+TEST(ZkCStr, UnknownEncodingFallsBackToUtf8) {
     ZkCStr text(UnicodeString(u"\u00E9"), "no-such-encoding");
     EXPECT_STREQ(text.c_str(), "\xC3\xA9");
 }
 
-TEST(ZkCStr, BytesFollowChangesOfTheText)
-{
+TEST(ZkCStr, BytesFollowChangesOfTheText) {
     ZkCStr text(UnicodeString(u"abc"));
     EXPECT_STREQ(text.c_str(), "abc");
     text.append(u"def");
@@ -55,8 +49,7 @@ TEST(ZkCStr, BytesFollowChangesOfTheText)
     EXPECT_STREQ(nothing.c_str(), "");
 }
 
-TEST(ZkUtfStr, XmlEscapingInOrder)
-{
+TEST(ZkUtfStr, XmlEscapingInOrder) {
     ZkUtfStr text(UnicodeString(u"a&b<c>\"d\"&amp;"), true);
     EXPECT_EQ(text, UnicodeString(u"a&amp;b&lt;c&gt;&quot;d&quot;&amp;amp;"));
     EXPECT_STREQ(text.c_str(), "a&amp;b&lt;c&gt;&quot;d&quot;&amp;amp;");
@@ -64,8 +57,7 @@ TEST(ZkUtfStr, XmlEscapingInOrder)
     EXPECT_STREQ(plain.c_str(), "<x>");
 }
 
-TEST(ZkUtfStr, DecodesUtf8)
-{
+TEST(ZkUtfStr, DecodesUtf8) {
     ZkUtfStr text("\xE6\x97\xA5");
     EXPECT_EQ(text, UnicodeString(u"\u65E5"));
     ZkUtfStr bad("a\xFF");

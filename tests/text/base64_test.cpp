@@ -2,7 +2,6 @@
 #include "zkcommon/text/util.h"
 
 #include <gtest/gtest.h>
-
 #include <sstream>
 #include <string>
 
@@ -10,29 +9,30 @@ using namespace ZkCommonNS;
 
 namespace {
 
-std::string decode(const UnicodeString& text)
-{
+std::string decode(const UnicodeString& text) {
     std::ostringstream out;
     ZkUtil::decodeBase64(text.getBuffer(), text.length(), out);
     return out.str();
 }
 
-std::string utf8(const UnicodeString& text)
-{
+std::string utf8(const UnicodeString& text) {
     std::string s;
     return text.toUTF8String(s);
 }
 
 } // namespace
 
-TEST(ZkUtilBase64, Rfc4648Vectors)
-{
+TEST(ZkUtilBase64, Rfc4648Vectors) {
     struct Case {
         const char* plain;
         const char16_t* encoded;
     } cases[] = {
-        {"", u""},           {"f", u"Zg=="},         {"fo", u"Zm8="},
-        {"foo", u"Zm9v"},    {"foob", u"Zm9vYg=="},  {"fooba", u"Zm9vYmE="},
+        {"", u""},
+        {"f", u"Zg=="},
+        {"fo", u"Zm8="},
+        {"foo", u"Zm9v"},
+        {"foob", u"Zm9vYg=="},
+        {"fooba", u"Zm9vYmE="},
         {"foobar", u"Zm9vYmFy"},
     };
     for (const Case& k : cases) {
@@ -47,8 +47,7 @@ TEST(ZkUtilBase64, Rfc4648Vectors)
     }
 }
 
-TEST(ZkUtilBase64, AllByteValuesRoundTripAcrossReadBlocks)
-{
+TEST(ZkUtilBase64, AllByteValuesRoundTripAcrossReadBlocks) {
     // Longer than one 3072-byte read block and not a multiple of three.
     std::string data;
     for (int i = 0; i < 10000; ++i)
@@ -60,30 +59,26 @@ TEST(ZkUtilBase64, AllByteValuesRoundTripAcrossReadBlocks)
     EXPECT_EQ(decode(encoded), data);
 }
 
-TEST(ZkUtilBase64, DecodingSkipsLineBreaksAndForeignCharacters)
-{
+TEST(ZkUtilBase64, DecodingSkipsLineBreaksAndForeignCharacters) {
     EXPECT_EQ(decode(UnicodeString(u"Zm9v\r\nYmFy")), "foobar");
     EXPECT_EQ(decode(UnicodeString(u" Z m 9 v ")), "foo");
     EXPECT_EQ(decode(UnicodeString(u"Zm9v[]^_`YmFy")), "foobar");
     EXPECT_EQ(decode(UnicodeString(u"Zm9v\u3042YmFy")), "foobar");
 }
 
-TEST(ZkUtilBase64, EqualsSignEndsDecoding)
-{
+TEST(ZkUtilBase64, EqualsSignEndsDecoding) {
     EXPECT_EQ(decode(UnicodeString(u"Zm8=Zm9v")), "fo");
     EXPECT_EQ(decode(UnicodeString(u"=Zm9v")), "");
 }
 
-TEST(ZkUtilBase64, TrailingPartialGroups)
-{
+TEST(ZkUtilBase64, TrailingPartialGroups) {
     EXPECT_EQ(decode(UnicodeString(u"Zm9vYg")), "foob");
     EXPECT_EQ(decode(UnicodeString(u"Zm9vYmE")), "fooba");
     // One character alone carries no whole byte.
     EXPECT_EQ(decode(UnicodeString(u"Zm9vY")), "foo");
 }
 
-TEST(ZkUtilBase64, NullAndZeroTerminatedInput)
-{
+TEST(ZkUtilBase64, NullAndZeroTerminatedInput) {
     std::ostringstream out;
     ZkUtil::decodeBase64(nullptr, 4, out);
     EXPECT_EQ(out.str(), "");
@@ -93,8 +88,7 @@ TEST(ZkUtilBase64, NullAndZeroTerminatedInput)
     EXPECT_EQ(utf8(ZkUtil::encodeBase64(reinterpret_cast<const unsigned char*>("x"), 0)), "");
 }
 
-TEST(ZkUtilBase64, FailedStreamGivesEmptyText)
-{
+TEST(ZkUtilBase64, FailedStreamGivesEmptyText) {
     std::istringstream in("data");
     in.setstate(std::ios::failbit);
     EXPECT_TRUE(ZkUtil::encodeBase64(in, 4).isEmpty());

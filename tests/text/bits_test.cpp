@@ -5,8 +5,7 @@
 
 using namespace ZkCommonNS;
 
-TEST(ZkUtilBits, FetchByWidth)
-{
+TEST(ZkUtilBits, FetchByWidth) {
     const unsigned char data[] = {0xA5, 0x3C, 0xF0, 0x12, 0x34, 0x56};
     // 1010 0101 0011 1100 ...
     const int bits[] = {1, 0, 1, 0, 0, 1, 0, 1, 0, 0, 1, 1, 1, 1, 0, 0};
@@ -27,8 +26,7 @@ TEST(ZkUtilBits, FetchByWidth)
     EXPECT_EQ(ZkUtil::fetchBit32(data, 0), 0xA53CF012u);
 }
 
-TEST(ZkUtilBits, TwelveBitElementsShareThreeBytes)
-{
+TEST(ZkUtilBits, TwelveBitElementsShareThreeBytes) {
     const unsigned char data[] = {0xAB, 0xCD, 0xEF, 0x12, 0x34, 0x56};
     EXPECT_EQ(ZkUtil::fetchBit12(data, 0), 0xABC);
     EXPECT_EQ(ZkUtil::fetchBit12(data, 1), 0xDEF);
@@ -36,8 +34,7 @@ TEST(ZkUtilBits, TwelveBitElementsShareThreeBytes)
     EXPECT_EQ(ZkUtil::fetchBit12(data, 3), 0x456);
 }
 
-TEST(ZkUtilBits, PatchSetsOneElement)
-{
+TEST(ZkUtilBits, PatchSetsOneElement) {
     unsigned char data[2] = {0, 0};
     ZkUtil::patchBit1(data, 0);
     ZkUtil::patchBit1(data, 9);
@@ -53,8 +50,7 @@ TEST(ZkUtilBits, PatchSetsOneElement)
     EXPECT_EQ(four[0], 0xFF);
 }
 
-TEST(ZkUtilBitIterator, ReadsAndWritesWithTwoPositions)
-{
+TEST(ZkUtilBitIterator, ReadsAndWritesWithTwoPositions) {
     unsigned char data[2] = {0, 0};
     ZkUtil::BitIterator it(data, 16);
     it.patch(true);
@@ -85,8 +81,7 @@ TEST(ZkUtilBitIterator, ReadsAndWritesWithTwoPositions)
     EXPECT_EQ(it.getPatchPos(), 17);
 }
 
-TEST(ZkUtilBitIterator, ReadOnlyIteratorIgnoresPatches)
-{
+TEST(ZkUtilBitIterator, ReadOnlyIteratorIgnoresPatches) {
     const unsigned char data[1] = {0x0F};
     ZkUtil::BitIterator it(data, 8);
     it.patch(true);
@@ -94,8 +89,7 @@ TEST(ZkUtilBitIterator, ReadOnlyIteratorIgnoresPatches)
     EXPECT_EQ(it.fetch(8), 0x0Fu);
 }
 
-TEST(ZkUtilBitIterator, CountRun)
-{
+TEST(ZkUtilBitIterator, CountRun) {
     const unsigned char data[4] = {0x00, 0x00, 0x0F, 0xFF};
     ZkUtil::BitIterator it(data, 32);
     EXPECT_EQ(it.countRun(false, 100), 20);
@@ -110,8 +104,7 @@ TEST(ZkUtilBitIterator, CountRun)
     EXPECT_EQ(it.countRun(true, 100), 0);
 }
 
-TEST(ZkUtilBitIterator, ResizeData)
-{
+TEST(ZkUtilBitIterator, ResizeData) {
     unsigned char first[1] = {0xFF};
     unsigned char second[2] = {0x00, 0x00};
     ZkUtil::BitIterator it(first, 8);

@@ -1,26 +1,23 @@
 // Tests of the number text functions of ZkUtil and of its space helpers.
 #include "zkcommon/text/util.h"
 
-#include <gtest/gtest.h>
-
 #include <clocale>
 #include <cmath>
+#include <gtest/gtest.h>
 #include <string>
 
 using namespace ZkCommonNS;
 
 namespace {
 
-std::string utf8(const UnicodeString& text)
-{
+std::string utf8(const UnicodeString& text) {
     std::string s;
     return text.toUTF8String(s);
 }
 
 } // namespace
 
-TEST(ZkUtilNumbers, ParseDigitsOfASpan)
-{
+TEST(ZkUtilNumbers, ParseDigitsOfASpan) {
     UnicodeString text(u"12a345");
     EXPECT_EQ(ZkUtil::parseDigits(text, 0, 0), -1);
     EXPECT_EQ(ZkUtil::parseDigits(text, 0, 2), 12);
@@ -34,8 +31,7 @@ TEST(ZkUtilNumbers, ParseDigitsOfASpan)
     EXPECT_EQ(ZkUtil::parseDigits(UnicodeString(u"2147483647"), 0, 0), 2147483647);
 }
 
-TEST(ZkUtilNumbers, ParseDigitsFromAPointer)
-{
+TEST(ZkUtilNumbers, ParseDigitsFromAPointer) {
     const char16_t* text = u"  42px";
     const char16_t* end = nullptr;
     EXPECT_EQ(ZkUtil::parseDigits(text, &end), 42);
@@ -45,8 +41,7 @@ TEST(ZkUtilNumbers, ParseDigitsFromAPointer)
     EXPECT_EQ(end, none);
 }
 
-TEST(ZkUtilNumbers, ParseHexNum)
-{
+TEST(ZkUtilNumbers, ParseHexNum) {
     const char16_t* end = nullptr;
     const char16_t* text = u" 1aF9g";
     EXPECT_EQ(ZkUtil::parseHexNum(text, &end, 0), 0x1AF9u);
@@ -56,8 +51,7 @@ TEST(ZkUtilNumbers, ParseHexNum)
     EXPECT_EQ(ZkUtil::parseHexNum(u"xyz", &end, 0), 0u);
 }
 
-TEST(ZkUtilNumbers, ParseNumber)
-{
+TEST(ZkUtilNumbers, ParseNumber) {
     struct Case {
         const char16_t* text;
         double value;
@@ -65,11 +59,11 @@ TEST(ZkUtilNumbers, ParseNumber)
         bool hasPoint;
         bool error;
     } cases[] = {
-        {u"5.", 5.0, 2, true, false},        {u"5.5em", 5.5, 3, true, false},
-        {u" -12", -12.0, 4, false, false},   {u"+.5", 0.5, 3, true, false},
-        {u".5", 0.5, 2, true, false},        {u".x", 0.0, 0, false, true},
-        {u"-", 0.0, 0, false, true},         {u"abc", 0.0, 0, false, true},
-        {u"1e5", 1.0, 1, false, false},      {u"007", 7.0, 3, false, false},
+        {u"5.", 5.0, 2, true, false},      {u"5.5em", 5.5, 3, true, false},
+        {u" -12", -12.0, 4, false, false}, {u"+.5", 0.5, 3, true, false},
+        {u".5", 0.5, 2, true, false},      {u".x", 0.0, 0, false, true},
+        {u"-", 0.0, 0, false, true},       {u"abc", 0.0, 0, false, true},
+        {u"1e5", 1.0, 1, false, false},    {u"007", 7.0, 3, false, false},
         {u"1.2.3", 1.2, 3, true, false},
     };
     for (const Case& k : cases) {
@@ -86,8 +80,7 @@ TEST(ZkUtilNumbers, ParseNumber)
     }
 }
 
-TEST(ZkUtilNumbers, OverlongNumberIsRefused)
-{
+TEST(ZkUtilNumbers, OverlongNumberIsRefused) {
     std::u16string digits(120, u'1');
     const char16_t* end = nullptr;
     bool error = false;
@@ -96,8 +89,7 @@ TEST(ZkUtilNumbers, OverlongNumberIsRefused)
     EXPECT_TRUE(error);
 }
 
-TEST(ZkUtilNumbers, IgnoresTheProcessLocale)
-{
+TEST(ZkUtilNumbers, IgnoresTheProcessLocale) {
     // A locale with a decimal comma, when the system has one; the C locale otherwise.
     const char* previous = std::setlocale(LC_NUMERIC, nullptr);
     std::string saved = previous ? previous : "C";
@@ -109,8 +101,7 @@ TEST(ZkUtilNumbers, IgnoresTheProcessLocale)
         GTEST_LOG_(INFO) << "de_DE.UTF-8 is not installed; checked under the C locale only";
 }
 
-TEST(ZkUtilNumbers, RoundToInteger)
-{
+TEST(ZkUtilNumbers, RoundToInteger) {
     EXPECT_EQ(ZkUtil::roundToInteger(2.5f), 3);
     EXPECT_EQ(ZkUtil::roundToInteger(-2.5f), -3);
     EXPECT_EQ(ZkUtil::roundToInteger(2.4f), 2);
@@ -119,16 +110,14 @@ TEST(ZkUtilNumbers, RoundToInteger)
     EXPECT_EQ(ZkUtil::roundToInteger(ZkUtil::getNaNf()), 0);
 }
 
-TEST(ZkUtilNumbers, NaN)
-{
+TEST(ZkUtilNumbers, NaN) {
     EXPECT_TRUE(ZkUtil::isNaN(ZkUtil::getNaN()));
     EXPECT_TRUE(ZkUtil::isNaN(ZkUtil::getNaNf()));
     EXPECT_FALSE(ZkUtil::isNaN(0.0));
     EXPECT_FALSE(ZkUtil::isNaN(1.0f));
 }
 
-TEST(ZkUtilNumbers, Printing)
-{
+TEST(ZkUtilNumbers, Printing) {
     EXPECT_EQ(utf8(ZkUtil::toString(-42)), "-42");
     EXPECT_EQ(utf8(ZkUtil::toString(1234567890123LL)), "1234567890123");
     EXPECT_EQ(utf8(ZkUtil::toString(0.1)), "0.1");
@@ -140,13 +129,12 @@ TEST(ZkUtilNumbers, Printing)
     EXPECT_EQ(utf8(ZkUtil::toHexString(0x123456789LL, 12)), "000123456789");
 }
 
-TEST(ZkUtilSpaces, NormalizeSpaces)
-{
+TEST(ZkUtilSpaces, NormalizeSpaces) {
     struct Case {
         const char16_t* text;
         const char16_t* expected;
     } cases[] = {
-        {u"  a \n b ", u"a b"}, {u"", u""},         {u" \t\r\n", u""},
+        {u"  a \n b ", u"a b"}, {u"", u""},          {u" \t\r\n", u""},
         {u"a", u"a"},           {u"a\t\tb", u"a b"}, {u"a\u00A0 b", u"a\u00A0 b"},
     };
     for (const Case& k : cases) {
@@ -155,8 +143,7 @@ TEST(ZkUtilSpaces, NormalizeSpaces)
     }
 }
 
-TEST(ZkUtilSpaces, OmitSpace)
-{
+TEST(ZkUtilSpaces, OmitSpace) {
     EXPECT_EQ(ZkUtil::omitSpace(UnicodeString(u" a \t b\r\nc ")), UnicodeString(u"abc"));
     EXPECT_EQ(ZkUtil::omitSpace(UnicodeString(u"a\u3000b")), UnicodeString(u"a\u3000b"));
 }

@@ -2,21 +2,18 @@
 #include "zkcommon/text/util.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
 
 using namespace ZkCommonNS;
 
 namespace {
 
-std::string utf8(const UnicodeString& text)
-{
+std::string utf8(const UnicodeString& text) {
     std::string s;
     return text.isBogus() ? std::string("<bogus>") : text.toUTF8String(s);
 }
 
-::testing::AssertionResult sameText(const UnicodeString& actual, const UnicodeString& expected)
-{
+::testing::AssertionResult sameText(const UnicodeString& actual, const UnicodeString& expected) {
     if (actual == expected && actual.isBogus() == expected.isBogus())
         return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure()
@@ -46,8 +43,7 @@ const char16_t* const kRoundTripTexts[] = {
 
 } // namespace
 
-TEST(ZkUtilQuoting, QuoteChoiceInMode3)
-{
+TEST(ZkUtilQuoting, QuoteChoiceInMode3) {
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"abc", 3), u"\"abc\""));
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\"b", 3), u"'a\"b'"));
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a'b", 3), u"\"a'b\""));
@@ -55,15 +51,13 @@ TEST(ZkUtilQuoting, QuoteChoiceInMode3)
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a'\"b", 3), u"\"a'\"b\""));
 }
 
-TEST(ZkUtilQuoting, Mode7DoublesTheInnerQuote)
-{
+TEST(ZkUtilQuoting, Mode7DoublesTheInnerQuote) {
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a'\"b", 7), u"\"a'\"\"b\""));
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\"b", 7), u"'a\"b'"));
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"x", 7), u"\"x\""));
 }
 
-TEST(ZkUtilQuoting, Mode43EscapesCssStyle)
-{
+TEST(ZkUtilQuoting, Mode43EscapesCssStyle) {
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\nb", 43), u"\"a\\A b\""));
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\nz", 43), u"\"a\\Az\""));
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\n b", 43), u"\"a\\A  b\""));
@@ -74,15 +68,13 @@ TEST(ZkUtilQuoting, Mode43EscapesCssStyle)
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a'\"b", 43), u"\"a'\\22 b\""));
 }
 
-TEST(ZkUtilQuoting, SingleQuotesOnlyEscapeTheQuote)
-{
+TEST(ZkUtilQuoting, SingleQuotesOnlyEscapeTheQuote) {
     const int singleCss = ZkUtil::QUOTE_SINGLE | ZkUtil::QUOTE_BACKSLASH;
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"it's", singleCss), u"'it\\27s'"));
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"it'", singleCss), u"'it\\27'"));
 }
 
-TEST(ZkUtilQuoting, UnicodeEscapes)
-{
+TEST(ZkUtilQuoting, UnicodeEscapes) {
     const int mode = ZkUtil::QUOTE_DOUBLE | ZkUtil::QUOTE_UNICODE;
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\u00E9\"\\'~\n", mode),
                          u"\"a\\u00E9\\u0022\\u005C\\u0027~\\u000A\""));
@@ -92,8 +84,7 @@ TEST(ZkUtilQuoting, UnicodeEscapes)
     EXPECT_EQ(end, text + 15);
 }
 
-TEST(ZkUtilQuoting, NoQuoteBitsMeansNoEnclosure)
-{
+TEST(ZkUtilQuoting, NoQuoteBitsMeansNoEnclosure) {
     EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\nb", ZkUtil::QUOTE_BACKSLASH), u"a\\A b"));
     const char16_t* end = nullptr;
     const char16_t* text = u"  a\\A b";
@@ -101,8 +92,7 @@ TEST(ZkUtilQuoting, NoQuoteBitsMeansNoEnclosure)
     EXPECT_EQ(*end, u'\0');
 }
 
-TEST(ZkUtilQuoting, RoundTripInModes3And7And43)
-{
+TEST(ZkUtilQuoting, RoundTripInModes3And7And43) {
     for (int mode : {3, 7, 43}) {
         for (const char16_t* raw : kRoundTripTexts) {
             UnicodeString text(raw);
@@ -114,8 +104,7 @@ TEST(ZkUtilQuoting, RoundTripInModes3And7And43)
     }
 }
 
-TEST(ZkUtilQuoting, ParseStringStopsBehindTheClosingQuote)
-{
+TEST(ZkUtilQuoting, ParseStringStopsBehindTheClosingQuote) {
     struct Case {
         const char16_t* text;
         int mode;
@@ -155,8 +144,7 @@ TEST(ZkUtilQuoting, ParseStringStopsBehindTheClosingQuote)
     EXPECT_TRUE(ZkUtil::parseString(nullptr, nullptr, 7).isBogus());
 }
 
-TEST(ZkUtilQuoting, UnquoteString)
-{
+TEST(ZkUtilQuoting, UnquoteString) {
     struct Case {
         const char16_t* text;
         int mode;
@@ -185,8 +173,7 @@ TEST(ZkUtilQuoting, UnquoteString)
     }
 }
 
-TEST(ZkUtilQuoting, QuoteUri)
-{
+TEST(ZkUtilQuoting, QuoteUri) {
     EXPECT_TRUE(sameText(ZkUtil::quoteUri(u"a.png"), u"url(\"a.png\")"));
     EXPECT_TRUE(sameText(ZkUtil::quoteUri(u"a\"b\".png"), u"url(\"a%22b%22.png\")"));
     EXPECT_TRUE(sameText(ZkUtil::quoteUri(u""), u"url(\"\")"));

@@ -1,20 +1,17 @@
 // Tests of ZkLength and the unit words of ZkUtil.
-#include "zkcommon/values/length.h"
-
 #include "zkcommon/text/util.h"
+#include "zkcommon/values/length.h"
 #include "zkcommon/values/value.h"
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
+#include <gtest/gtest.h>
 
 using namespace ZkCommonNS;
 
 namespace {
 
-uint32_t bitsOf(float value)
-{
+uint32_t bitsOf(float value) {
     uint32_t bits;
     std::memcpy(&bits, &value, sizeof bits);
     return bits;
@@ -22,16 +19,14 @@ uint32_t bitsOf(float value)
 
 } // namespace
 
-TEST(ZkLength, FactorsAreTheNearestFloats)
-{
+TEST(ZkLength, FactorsAreTheNearestFloats) {
     struct Case {
         ZkUnitType unit;
         uint32_t bits;
     } cases[] = {
-        {UnitCm, 0x41E2C58B}, {UnitMm, 0x40356AD6}, {UnitIn, 0x42900000}, {UnitPt, 0x3F800000},
-        {UnitPc, 0x41400000}, {UnitJpt, 0x3F7F000C}, {UnitQ, 0x3F356AD6}, {UnitDd, 0x3F88AC5C},
-        {UnitCc, 0x414D028A}, {UnitTwip, 0x3D4CCCCD}, {UnitEmu, 0x38A5214D},
-        {UnitPi, 0x41400000},
+        {UnitCm, 0x41E2C58B}, {UnitMm, 0x40356AD6},   {UnitIn, 0x42900000},  {UnitPt, 0x3F800000},
+        {UnitPc, 0x41400000}, {UnitJpt, 0x3F7F000C},  {UnitQ, 0x3F356AD6},   {UnitDd, 0x3F88AC5C},
+        {UnitCc, 0x414D028A}, {UnitTwip, 0x3D4CCCCD}, {UnitEmu, 0x38A5214D}, {UnitPi, 0x41400000},
     };
     for (const Case& k : cases) {
         SCOPED_TRACE(static_cast<int>(k.unit));
@@ -43,8 +38,7 @@ TEST(ZkLength, FactorsAreTheNearestFloats)
     EXPECT_EQ(bitsOf(72.0f / 25.4f), 0x40356AD6u);
 }
 
-TEST(ZkLength, OtherUnitsAreAuto)
-{
+TEST(ZkLength, OtherUnitsAreAuto) {
     for (int u = 0; u < kUnitTypeCount; ++u) {
         ZkUnitType unit = static_cast<ZkUnitType>(u);
         SCOPED_TRACE(u);
@@ -57,8 +51,7 @@ TEST(ZkLength, OtherUnitsAreAuto)
     EXPECT_TRUE(ZkLength(1.0f, static_cast<ZkUnitType>(99)).isAuto());
 }
 
-TEST(ZkLength, RoundTripsAreExact)
-{
+TEST(ZkLength, RoundTripsAreExact) {
     EXPECT_EQ(ZkLength(1.0f, UnitCm).getRealValue(UnitCm), 1.0f);
     EXPECT_EQ(static_cast<float>(ZkLength(1.0f, UnitIn)), 72.0f);
     EXPECT_TRUE(ZkLength(1.0f, UnitPi).eq(ZkLength(1.0f, UnitPc)));
@@ -70,8 +63,7 @@ TEST(ZkLength, RoundTripsAreExact)
     EXPECT_FLOAT_EQ(ZkLength(1.0f, UnitIn).getRealValue(UnitMm), 25.4f);
 }
 
-TEST(ZkLength, Construction)
-{
+TEST(ZkLength, Construction) {
     EXPECT_EQ(static_cast<float>(ZkLength()), 0.0f);
     EXPECT_EQ(static_cast<float>(ZkLength(3)), 3.0f);
     EXPECT_EQ(static_cast<float>(ZkLength(3u)), 3.0f);
@@ -81,8 +73,7 @@ TEST(ZkLength, Construction)
     EXPECT_TRUE(ZkLength(ZkValue(2.0f, UnitEm)).isAuto());
 }
 
-TEST(ZkLength, IntegerAndPixelRounding)
-{
+TEST(ZkLength, IntegerAndPixelRounding) {
     EXPECT_EQ(ZkLength(-1.7f).getIntegerValue(UnitPt), -1);
     EXPECT_EQ(ZkLength(1.5f).getIntegerValue(UnitPt), 2);
     EXPECT_EQ(ZkLength(-1.5f).getIntegerValue(UnitPt), -1);
@@ -96,8 +87,7 @@ TEST(ZkLength, IntegerAndPixelRounding)
     EXPECT_EQ(ZkLength::autoLength().getPixelCount(96.0f), 0);
 }
 
-TEST(ZkLength, Tests)
-{
+TEST(ZkLength, Tests) {
     ZkLength automatic = ZkLength::autoLength();
     EXPECT_TRUE(automatic.eq(ZkLength::autoLength()));
     EXPECT_FALSE(static_cast<float>(automatic) == static_cast<float>(ZkLength::autoLength()));
@@ -114,8 +104,7 @@ TEST(ZkLength, Tests)
     EXPECT_FALSE(automatic.isZero() || automatic.isNegative() || automatic.isPositive());
 }
 
-TEST(ZkLength, Tolerances)
-{
+TEST(ZkLength, Tolerances) {
     ZkLength a(10.0f);
     EXPECT_TRUE(a.isAlmostEqual(ZkLength(10.05f), 0.1f));
     EXPECT_FALSE(a.isAlmostEqual(ZkLength(10.2f), 0.1f));
@@ -134,8 +123,7 @@ TEST(ZkLength, Tolerances)
     EXPECT_FALSE(automatic.isAlmostZeroOrPositive(1.0f));
 }
 
-TEST(ZkLength, Arithmetic)
-{
+TEST(ZkLength, Arithmetic) {
     ZkLength a(10.0f);
     EXPECT_EQ(static_cast<float>(a + 2), 12.0f);
     EXPECT_EQ(static_cast<float>(a - 2L), 8.0f);
@@ -158,8 +146,7 @@ TEST(ZkLength, Arithmetic)
     EXPECT_TRUE(automatic.isAuto());
 }
 
-TEST(ZkUnits, WordsAndTheirInverse)
-{
+TEST(ZkUnits, WordsAndTheirInverse) {
     for (int u = 0; u < kUnitTypeCount; ++u) {
         ZkUnitType unit = static_cast<ZkUnitType>(u);
         ZkName word = ZkUtil::toUnitName(unit);
@@ -179,8 +166,7 @@ TEST(ZkUnits, WordsAndTheirInverse)
     EXPECT_EQ(ZkValue::getUnitString(UnitPercent2), UnicodeString(u"%"));
 }
 
-TEST(ZkUnits, TypeWordsOnlyWithTheFlag)
-{
+TEST(ZkUnits, TypeWordsOnlyWithTheFlag) {
     struct Case {
         const char16_t* word;
         ZkUnitType withFlag;

@@ -2,7 +2,6 @@
 #include "zkcommon/values/value.h"
 
 #include <gtest/gtest.h>
-
 #include <map>
 #include <string>
 
@@ -10,15 +9,13 @@ using namespace ZkCommonNS;
 
 namespace {
 
-ZkName nameOf(int i)
-{
+ZkName nameOf(int i) {
     return ZkName(UnicodeString::fromUTF8("zk-map-test-" + std::to_string(i)));
 }
 
 } // namespace
 
-TEST(ZkNamedValueMap, SetGetReplaceRemove)
-{
+TEST(ZkNamedValueMap, SetGetReplaceRemove) {
     ZkPtr<ZkNamedValueMap> map(new ZkNamedValueMap());
     ZkValue out(7);
     EXPECT_FALSE(map->getNamedItemFast(ZkName(ZKN_width), out));
@@ -46,8 +43,7 @@ TEST(ZkNamedValueMap, SetGetReplaceRemove)
     EXPECT_TRUE(map->item(0).isNull());
 }
 
-TEST(ZkNamedValueMap, GrowsAndKeepsEveryEntry)
-{
+TEST(ZkNamedValueMap, GrowsAndKeepsEveryEntry) {
     ZkPtr<ZkNamedValueMap> map(new ZkNamedValueMap());
     const int count = 1000;
     for (int i = 0; i < count; ++i)
@@ -80,8 +76,7 @@ TEST(ZkNamedValueMap, GrowsAndKeepsEveryEntry)
         EXPECT_EQ(map->hasNamedItem(nameOf(i)), i % 2 == 1) << i;
 }
 
-TEST(ZkNamedValueMap, CloneKeepsTheListOrder)
-{
+TEST(ZkNamedValueMap, CloneKeepsTheListOrder) {
     ZkPtr<ZkNamedValueMap> map(new ZkNamedValueMap());
     for (int i = 0; i < 50; ++i)
         map->setNamedItem(nameOf(i), ZkValue(i));
@@ -95,8 +90,7 @@ TEST(ZkNamedValueMap, CloneKeepsTheListOrder)
     EXPECT_EQ(empty->clone()->getCount(), 0);
 }
 
-TEST(ZkNamedValueMap, IteratorOverNullAndTypeAnswers)
-{
+TEST(ZkNamedValueMap, IteratorOverNullAndTypeAnswers) {
     ZkNamedValueMapIterator none(nullptr);
     EXPECT_FALSE(none.hasNext());
     EXPECT_TRUE(none.next().isNull());

@@ -1,12 +1,11 @@
 // Copying a numeric or name value never allocates: checked with a counting global allocator.
 #include "zkcommon/values/value.h"
 
-#include <gtest/gtest.h>
-#include <unicode/uclean.h>
-
 #include <atomic>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <new>
+#include <unicode/uclean.h>
 #include <vector>
 
 namespace {
@@ -14,25 +13,21 @@ namespace {
 std::atomic<long> s_allocations{0};
 
 // ICU's objects allocate through ICU's own functions, not through operator new: count those too.
-void* U_CALLCONV countingAlloc(const void*, size_t size)
-{
+void* U_CALLCONV countingAlloc(const void*, size_t size) {
     s_allocations.fetch_add(1, std::memory_order_relaxed);
     return std::malloc(size ? size : 1);
 }
 
-void* U_CALLCONV countingRealloc(const void*, void* p, size_t size)
-{
+void* U_CALLCONV countingRealloc(const void*, void* p, size_t size) {
     s_allocations.fetch_add(1, std::memory_order_relaxed);
     return std::realloc(p, size ? size : 1);
 }
 
-void U_CALLCONV plainFree(const void*, void* p)
-{
+void U_CALLCONV plainFree(const void*, void* p) {
     std::free(p);
 }
 
-bool installIcuCounting()
-{
+bool installIcuCounting() {
     UErrorCode status = U_ZERO_ERROR;
     u_setMemoryFunctions(nullptr, countingAlloc, countingRealloc, plainFree, &status);
     return U_SUCCESS(status);
@@ -43,21 +38,18 @@ const bool s_icuCounted = installIcuCounting();
 } // namespace
 
 // Replacing the global allocator counts every heap allocation of this test program.
-void* operator new(std::size_t size)
-{
+void* operator new(std::size_t size) {
     s_allocations.fetch_add(1, std::memory_order_relaxed);
     if (void* p = std::malloc(size ? size : 1))
         return p;
     throw std::bad_alloc();
 }
 
-void operator delete(void* p) noexcept
-{
+void operator delete(void* p) noexcept {
     std::free(p);
 }
 
-void operator delete(void* p, std::size_t) noexcept
-{
+void operator delete(void* p, std::size_t) noexcept {
     std::free(p);
 }
 
@@ -65,8 +57,7 @@ using namespace ZkCommonNS;
 
 namespace {
 
-template <class Body> long countAllocations(Body body)
-{
+template <class Body> long countAllocations(Body body) {
     long before = s_allocations.load();
     body();
     return s_allocations.load() - before;
@@ -74,15 +65,10 @@ template <class Body> long countAllocations(Body body)
 
 } // namespace
 
-TEST(ZkValueMemory, NumericAndNameValuesNeverAllocate)
-{
-    std::vector<ZkValue> sources = {ZkValue(),
-                                    ZkValue(42),
-                                    ZkValue(1.5f, UnitCm),
-                                    ZkValue(ZKN_auto),
-                                    ZkValue(true),
-                                    ZkValue(ZkLength(12)),
-                                    ZkValue(0x41, UnitChar)};
+TEST(ZkValueMemory, NumericAndNameValuesNeverAllocate) {
+    std::vector<ZkValue> sources = {
+        ZkValue(),     ZkValue(42),           ZkValue(1.5f, UnitCm),  ZkValue(ZKN_auto),
+        ZkValue(true), ZkValue(ZkLength(12)), ZkValue(0x41, UnitChar)};
     for (const ZkValue& source : sources) {
         SCOPED_TRACE(static_cast<int>(source.getValueType()));
         long count = countAllocations([&] {
@@ -100,8 +86,7 @@ TEST(ZkValueMemory, NumericAndNameValuesNeverAllocate)
     }
 }
 
-TEST(ZkValueMemory, ArithmeticOnLengthsNeverAllocates)
-{
+TEST(ZkValueMemory, ArithmeticOnLengthsNeverAllocates) {
     ZkValue a(2, UnitCm);
     ZkValue b(1, UnitMm);
     long count = countAllocations([&] {
@@ -116,8 +101,7 @@ TEST(ZkValueMemory, ArithmeticOnLengthsNeverAllocates)
     EXPECT_EQ(count, 0);
 }
 
-TEST(ZkValueMemory, StringsAreCopiedArraysShared)
-{
+TEST(ZkValueMemory, StringsAreCopiedArraysShared) {
     ASSERT_TRUE(s_icuCounted) << "ICU refused the counting allocator";
     ZkValue text(UnicodeString(u"a string long enough to live on the heap, not in the object"));
     EXPECT_GT(countAllocations([&] { ZkValue copy(text); }), 0);

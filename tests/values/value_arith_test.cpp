@@ -2,25 +2,22 @@
 // comparisons.
 #include "zkcommon/values/value.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
+#include <gtest/gtest.h>
 #include <string>
 
 using namespace ZkCommonNS;
 
 namespace {
 
-std::string describe(const ZkValue& value)
-{
+std::string describe(const ZkValue& value) {
     std::string s;
     return "type " + std::to_string(value.getValueType()) + " unit " +
            std::to_string(value.getUnitType()) + " [" + value.toString().toUTF8String(s) + "]";
 }
 
 ::testing::AssertionResult isValue(const ZkValue& actual, ZkValueType type, ZkUnitType unit,
-                                   float number)
-{
+                                   float number) {
     bool ok = actual.getValueType() == type && actual.getUnitType() == unit;
     if (ok && type != ValueNull) {
         float x = actual.getRealValue(unit);
@@ -28,13 +25,11 @@ std::string describe(const ZkValue& value)
     }
     if (ok)
         return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure()
-           << describe(actual) << ", expected type " << type << " unit " << unit << " value "
-           << number;
+    return ::testing::AssertionFailure() << describe(actual) << ", expected type " << type
+                                         << " unit " << unit << " value " << number;
 }
 
-::testing::AssertionResult isNull(const ZkValue& actual)
-{
+::testing::AssertionResult isNull(const ZkValue& actual) {
     if (actual.isNull())
         return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure() << describe(actual) << ", expected Null";
@@ -45,8 +40,7 @@ const float kMm = 2.8346457f;
 
 } // namespace
 
-TEST(ZkValueArith, ZeroHasNoDimension)
-{
+TEST(ZkValueArith, ZeroHasNoDimension) {
     EXPECT_TRUE(isValue(ZkValue(0) + ZkValue(2, UnitCm), ValueInteger, UnitCm, 2));
     EXPECT_TRUE(isValue(ZkValue(2, UnitCm) + ZkValue(0), ValueInteger, UnitCm, 2));
     EXPECT_TRUE(isValue(ZkValue(0) - ZkValue(2, UnitCm), ValueInteger, UnitCm, -2));
@@ -54,23 +48,19 @@ TEST(ZkValueArith, ZeroHasNoDimension)
     EXPECT_TRUE(isValue(ZkValue(0.0f) + ZkValue(1.5f, UnitEm), ValueReal, UnitEm, 1.5f));
 }
 
-TEST(ZkValueArith, MixedUnitsAddButDoNotSubtract)
-{
-    EXPECT_TRUE(isValue(ZkValue(2, UnitCm) + ZkValue(1, UnitMm), ValueReal, UnitPt,
-                        2 * kCm + kMm));
+TEST(ZkValueArith, MixedUnitsAddButDoNotSubtract) {
+    EXPECT_TRUE(isValue(ZkValue(2, UnitCm) + ZkValue(1, UnitMm), ValueReal, UnitPt, 2 * kCm + kMm));
     EXPECT_TRUE(isNull(ZkValue(2, UnitCm) - ZkValue(1, UnitMm)));
     EXPECT_TRUE(isValue(ZkValue(2, UnitCm) - ZkValue(1, UnitCm), ValueInteger, UnitCm, 1));
     EXPECT_TRUE(isValue(ZkValue(1) + ZkValue(1.5f), ValueReal, UnitNumber, 2.5f));
     EXPECT_TRUE(isNull(ZkValue(2, UnitPx) + ZkValue(3)));
     EXPECT_TRUE(isNull(ZkValue(2, UnitPx) + ZkValue(3, UnitEm)));
     EXPECT_TRUE(isValue(ZkValue(1, UnitS) + ZkValue(500, UnitMs), ValueReal, UnitMs, 1500));
-    EXPECT_TRUE(isValue(ZkValue(2, UnitCm) - ZkValue(0.5f, UnitCm), ValueReal, UnitPt,
-                        1.5f * kCm));
+    EXPECT_TRUE(isValue(ZkValue(2, UnitCm) - ZkValue(0.5f, UnitCm), ValueReal, UnitPt, 1.5f * kCm));
     EXPECT_TRUE(isValue(ZkValue(3, UnitPx) + ZkValue(4, UnitPx), ValueInteger, UnitPx, 7));
 }
 
-TEST(ZkValueArith, NonNumericSidesGiveNull)
-{
+TEST(ZkValueArith, NonNumericSidesGiveNull) {
     EXPECT_TRUE(isNull(ZkValue(u"a") + ZkValue(1)));
     EXPECT_TRUE(isNull(ZkValue(1) + ZkValue(u"a")));
     EXPECT_TRUE(isNull(ZkValue(u"a") - ZkValue(0)));
@@ -79,20 +69,18 @@ TEST(ZkValueArith, NonNumericSidesGiveNull)
     EXPECT_TRUE(isNull(ZkValue(4) % ZkValue()));
 }
 
-TEST(ZkValueArith, IntegerOverflowWraps)
-{
-    EXPECT_TRUE(isValue(ZkValue(2147483647) + ZkValue(1), ValueInteger, UnitNumber,
-                        -2147483648.0f));
+TEST(ZkValueArith, IntegerOverflowWraps) {
+    EXPECT_TRUE(
+        isValue(ZkValue(2147483647) + ZkValue(1), ValueInteger, UnitNumber, -2147483648.0f));
 }
 
-TEST(ZkValueArith, Products)
-{
+TEST(ZkValueArith, Products) {
     EXPECT_TRUE(isValue(ZkValue(3) * ZkValue(2, UnitCm), ValueReal, UnitPt, 6 * kCm));
     EXPECT_TRUE(isValue(ZkValue(2, UnitPt) * ZkValue(3, UnitPt), ValueReal, UnitLength2, 6));
     ZkValue cube = ZkValue(2, UnitPt) * ZkValue(3, UnitPt) * ZkValue(4, UnitPt);
     EXPECT_TRUE(isValue(cube, ValueReal, UnitLength3, 24));
-    EXPECT_TRUE(isValue(ZkValue(4, UnitPt) * (ZkValue(2, UnitPt) * ZkValue(3, UnitPt)),
-                        ValueReal, UnitLength3, 24));
+    EXPECT_TRUE(isValue(ZkValue(4, UnitPt) * (ZkValue(2, UnitPt) * ZkValue(3, UnitPt)), ValueReal,
+                        UnitLength3, 24));
     EXPECT_TRUE(isNull(cube * ZkValue(1, UnitPt)));
     EXPECT_TRUE(isValue(ZkValue(50, UnitPercent) * ZkValue(4), ValueReal, UnitNumber, 2));
     EXPECT_TRUE(isValue(ZkValue(50, UnitPercent) * ZkValue(2, UnitCm), ValueReal, UnitPt, kCm));
@@ -101,17 +89,16 @@ TEST(ZkValueArith, Products)
     EXPECT_TRUE(isValue(ZkValue(2) * ZkValue(90, UnitDeg), ValueReal, UnitDeg, 180));
 }
 
-TEST(ZkValueArith, Quotients)
-{
+TEST(ZkValueArith, Quotients) {
     EXPECT_TRUE(isValue(ZkValue(6, UnitPt) / ZkValue(2, UnitPt), ValueReal, UnitNumber, 3));
     EXPECT_TRUE(isValue(ZkValue(6, UnitCm) / ZkValue(2), ValueReal, UnitPt, 3 * kCm));
     EXPECT_TRUE(isNull(ZkValue(6) / ZkValue(2, UnitPt)));
     EXPECT_TRUE(isValue(ZkValue(50, UnitPercent) / ZkValue(2), ValueReal, UnitNumber, 0.25f));
     EXPECT_TRUE(isValue(ZkValue(10, UnitPt) / ZkValue(50, UnitPercent), ValueReal, UnitPt, 20));
-    EXPECT_TRUE(isValue(ZkValue(24.0f, UnitLength3) / ZkValue(2, UnitPt), ValueReal,
-                        UnitLength2, 12));
-    EXPECT_TRUE(isValue(ZkValue(24.0f, UnitLength3) / ZkValue(6.0f, UnitLength2), ValueReal,
-                        UnitPt, 4));
+    EXPECT_TRUE(
+        isValue(ZkValue(24.0f, UnitLength3) / ZkValue(2, UnitPt), ValueReal, UnitLength2, 12));
+    EXPECT_TRUE(
+        isValue(ZkValue(24.0f, UnitLength3) / ZkValue(6.0f, UnitLength2), ValueReal, UnitPt, 4));
     EXPECT_TRUE(isValue(ZkValue(6.0f, UnitLength2) / ZkValue(2, UnitPt), ValueReal, UnitPt, 3));
     EXPECT_TRUE(isNull(ZkValue(2, UnitPt) / ZkValue(6.0f, UnitLength2)));
     EXPECT_TRUE(isNull(ZkValue(2, UnitEm) / ZkValue(2, UnitPx)));
@@ -120,8 +107,7 @@ TEST(ZkValueArith, Quotients)
     EXPECT_TRUE(std::isinf(infinite.getRealValue(UnitNumber)));
 }
 
-TEST(ZkValueArith, Remainders)
-{
+TEST(ZkValueArith, Remainders) {
     EXPECT_TRUE(isValue(ZkValue(-4) % ZkValue(2), ValueInteger, UnitNumber, -2));
     EXPECT_TRUE(isValue(ZkValue(4) % ZkValue(2), ValueInteger, UnitNumber, 0));
     EXPECT_TRUE(isValue(ZkValue(-3) % ZkValue(2), ValueInteger, UnitNumber, -1));
@@ -136,8 +122,7 @@ TEST(ZkValueArith, Remainders)
     EXPECT_TRUE(isValue(ZkValue(-2147483647 - 1) % ZkValue(-1), ValueInteger, UnitNumber, 1));
 }
 
-TEST(ZkValueArith, UnaryMinusAndAbs)
-{
+TEST(ZkValueArith, UnaryMinusAndAbs) {
     EXPECT_TRUE(isValue(-ZkValue(3, UnitPx), ValueInteger, UnitPx, -3));
     ZkValue negativeZero = -ZkValue(0.0f, UnitPt);
     EXPECT_TRUE(std::signbit(negativeZero.getRealValue(UnitPt)));
@@ -148,8 +133,7 @@ TEST(ZkValueArith, UnaryMinusAndAbs)
     EXPECT_TRUE(isNull(ZkValue(ZKN_auto).abs()));
 }
 
-TEST(ZkValueArith, Rounding)
-{
+TEST(ZkValueArith, Rounding) {
     EXPECT_TRUE(isNull(ZkValue(2.5f, UnitCm).round()));
     EXPECT_TRUE(isValue(ZkValue(2.5f).round(), ValueReal, UnitNumber, 3));
     EXPECT_TRUE(isValue(ZkValue(-2.5f).round(), ValueReal, UnitNumber, -2));
@@ -161,8 +145,7 @@ TEST(ZkValueArith, Rounding)
     EXPECT_TRUE(isNull(ZkValue(u"2").floor()));
 }
 
-TEST(ZkValueArith, NormalizeUnit)
-{
+TEST(ZkValueArith, NormalizeUnit) {
     struct Case {
         ZkValue value;
         ZkValueType type;
@@ -192,8 +175,7 @@ TEST(ZkValueArith, NormalizeUnit)
     EXPECT_TRUE(text.isString());
 }
 
-TEST(ZkValueArith, RadianFactorsDifferInTheLastBit)
-{
+TEST(ZkValueArith, RadianFactorsDifferInTheLastBit) {
     ZkValue normalized(1.0f, UnitRad);
     normalized.normalizeUnit();
     EXPECT_EQ(normalized.getRealValue(UnitDeg), 57.295776f);
@@ -203,8 +185,7 @@ TEST(ZkValueArith, RadianFactorsDifferInTheLastBit)
     EXPECT_NEAR(ZkValue(90.0f, UnitDeg).getRealValue(UnitGrad), 1.5708f, 1e-4f);
 }
 
-TEST(ZkValueArith, EachItemOperations)
-{
+TEST(ZkValueArith, EachItemOperations) {
     ZkValue list;
     list.addItem(ZkValue(2, UnitPt));
     list.addItem(ZkValue(50, UnitPercent));
@@ -239,8 +220,7 @@ TEST(ZkValueArith, EachItemOperations)
     EXPECT_TRUE(isValue(scalar, ValueInteger, UnitEm, -3));
 }
 
-TEST(ZkValueArith, ConcatAndSum)
-{
+TEST(ZkValueArith, ConcatAndSum) {
     ZkValue list;
     list.addItem(ZkValue(u"a"));
     list.addItem(ZkValue(2, UnitPx));
@@ -256,16 +236,15 @@ TEST(ZkValueArith, ConcatAndSum)
     sum.addItem(ZkValue(50, UnitPercent));
     sum.addItem(ZkValue(10, UnitPt));
     EXPECT_TRUE(isValue(sum.sumItem(ZkValue(100, UnitPt)), ValueReal, UnitPt, 60));
-    EXPECT_TRUE(isValue(ZkValue(25, UnitPercent).sumItem(ZkValue(1, UnitIn)), ValueReal, UnitPt,
-                        18));
+    EXPECT_TRUE(
+        isValue(ZkValue(25, UnitPercent).sumItem(ZkValue(1, UnitIn)), ValueReal, UnitPt, 18));
     EXPECT_TRUE(isValue(ZkValue(5, UnitPt).sumItem(ZkValue(1, UnitIn)), ValueInteger, UnitPt, 5));
     ZkValue empty;
     empty.makeArray();
     EXPECT_TRUE(isNull(empty.sumItem(ZkValue(1))));
 }
 
-TEST(ZkValueCompare, Equality)
-{
+TEST(ZkValueCompare, Equality) {
     EXPECT_TRUE(ZkValue() == ZkValue());
     EXPECT_TRUE(ZkValue(2) == ZkValue(2));
     EXPECT_FALSE(ZkValue(2) == ZkValue(2, UnitPx));
@@ -290,8 +269,7 @@ TEST(ZkValueCompare, Equality)
     EXPECT_FALSE(a == b);
 }
 
-TEST(ZkValueCompare, Ordering)
-{
+TEST(ZkValueCompare, Ordering) {
     EXPECT_FALSE(ZkValue() < ZkValue());
     EXPECT_TRUE(ZkValue(1) < ZkValue(2));
     EXPECT_TRUE(ZkValue(1.0f) < ZkValue(2));

@@ -1,12 +1,10 @@
 // Tests of ZkValue: layout, construction and tags, predicates, conversions, printing, lists
 // and compounds; of ZkNamedValue, ZkValueArray, ZkBool, ZkInt and ZkName from a value.
+#include "zkcommon/text/util.h"
 #include "zkcommon/values/value.h"
 
-#include "zkcommon/text/util.h"
-
-#include <gtest/gtest.h>
-
 #include <cmath>
+#include <gtest/gtest.h>
 #include <limits>
 #include <string>
 
@@ -14,8 +12,7 @@ using namespace ZkCommonNS;
 
 namespace {
 
-std::string utf8(const UnicodeString& text)
-{
+std::string utf8(const UnicodeString& text) {
     std::string s;
     return text.toUTF8String(s);
 }
@@ -36,8 +33,7 @@ private:
 static_assert(sizeof(ZkValue) == 16, "two machine words");
 static_assert(ZkValue::bitfield(ValueName, UnitName) == 187, "the tag of a name");
 
-TEST(ZkValue, ConstructorsSetTypeAndUnit)
-{
+TEST(ZkValue, ConstructorsSetTypeAndUnit) {
     struct Case {
         const char* what;
         ZkValue value;
@@ -70,8 +66,7 @@ TEST(ZkValue, ConstructorsSetTypeAndUnit)
     }
 }
 
-TEST(ZkValue, BoolIsAName)
-{
+TEST(ZkValue, BoolIsAName) {
     EXPECT_EQ(ZkValue(true).getNameValue(), ZkName(ZKN_true));
     EXPECT_EQ(ZkValue(false).getNameValue(), ZkName(ZKN_false));
     EXPECT_TRUE(ZkValue(true).isTrue());
@@ -84,8 +79,7 @@ TEST(ZkValue, BoolIsAName)
     EXPECT_FALSE(ZkValue::isTrue(ZKN_no));
 }
 
-TEST(ZkValue, CopyAndMoveFollowOwnership)
-{
+TEST(ZkValue, CopyAndMoveFollowOwnership) {
     ZkValue text(UnicodeString(u"abc"));
     ZkValue copy(text);
     EXPECT_EQ(copy.toString(), UnicodeString(u"abc"));
@@ -112,8 +106,7 @@ TEST(ZkValue, CopyAndMoveFollowOwnership)
     EXPECT_TRUE(dead);
 }
 
-TEST(ZkValue, AssigningAnItemOfItsOwnArray)
-{
+TEST(ZkValue, AssigningAnItemOfItsOwnArray) {
     ZkValue list;
     list.addItem(ZkValue(u"first"));
     list.addItem(ZkValue(u"second"));
@@ -122,8 +115,7 @@ TEST(ZkValue, AssigningAnItemOfItsOwnArray)
     EXPECT_EQ(list.toString(), UnicodeString(u"second"));
 }
 
-TEST(ZkValue, Predicates)
-{
+TEST(ZkValue, Predicates) {
     ZkValue character(0x41, UnitChar);
     EXPECT_TRUE(character.isNumeric());
     EXPECT_FALSE(character.isNumericalValue());
@@ -161,8 +153,7 @@ TEST(ZkValue, Predicates)
     EXPECT_FALSE(ZkValue(0.0f, UnitPt).isNumberZero());
 }
 
-TEST(ZkValue, Emptiness)
-{
+TEST(ZkValue, Emptiness) {
     EXPECT_TRUE(ZkValue().isEmpty());
     EXPECT_TRUE(ZkValue(ZKN_EMPTY).isEmpty());
     EXPECT_TRUE(ZkValue(u"").isEmpty());
@@ -171,8 +162,7 @@ TEST(ZkValue, Emptiness)
     EXPECT_FALSE(ZkValue(new ZkValueArray()).isEmpty());
 }
 
-TEST(ZkValue, ContainersAndObjects)
-{
+TEST(ZkValue, ContainersAndObjects) {
     ZkValue array(new ZkValueArray());
     EXPECT_TRUE(array.isArray());
     EXPECT_TRUE(array.isRCObject());
@@ -195,8 +185,7 @@ TEST(ZkValue, ContainersAndObjects)
     EXPECT_EQ(hollow.toString(), UnicodeString());
 }
 
-TEST(ZkValue, TagAccessors)
-{
+TEST(ZkValue, TagAccessors) {
     ZkValue value(3, UnitPx);
     value.setUnitType(UnitEm);
     EXPECT_EQ(value.getUnitType(), UnitEm);
@@ -212,8 +201,7 @@ TEST(ZkValue, TagAccessors)
     EXPECT_TRUE(value.isNull());
 }
 
-TEST(ZkValue, IntegerConversion)
-{
+TEST(ZkValue, IntegerConversion) {
     EXPECT_EQ(ZkValue(7).getIntegerValue(0), 7);
     EXPECT_EQ(ZkValue(2.5f).getIntegerValue(0), 3);
     EXPECT_EQ(ZkValue(-2.5f).getIntegerValue(0), -2);
@@ -224,8 +212,7 @@ TEST(ZkValue, IntegerConversion)
     EXPECT_EQ(ZkValue(3.7f, UnitCm).getIntegerValue(0), 4);
 }
 
-TEST(ZkValue, RealValueConversions)
-{
+TEST(ZkValue, RealValueConversions) {
     struct Case {
         ZkValue value;
         ZkUnitType target;
@@ -273,8 +260,7 @@ TEST(ZkValue, RealValueConversions)
     }
 }
 
-TEST(ZkValue, LengthConversion)
-{
+TEST(ZkValue, LengthConversion) {
     EXPECT_EQ(static_cast<float>(ZkValue(3.0f, UnitPt).getLengthValue()), 3.0f);
     EXPECT_EQ(static_cast<float>(ZkValue(1, UnitIn).getLengthValue()), 72.0f);
     EXPECT_TRUE(ZkValue(0).getLengthValue(false).isAuto());
@@ -299,8 +285,7 @@ TEST(ZkValue, LengthConversion)
     EXPECT_TRUE(hollow.getLengthValue().isAuto());
 }
 
-TEST(ZkValue, NamesAndStrings)
-{
+TEST(ZkValue, NamesAndStrings) {
     ZkValue name(ZKN_auto);
     EXPECT_EQ(name.getNameValue(), ZkName(ZKN_auto));
     EXPECT_EQ(name.getStringValue(), UnicodeString(u"auto"));
@@ -314,16 +299,14 @@ TEST(ZkValue, NamesAndStrings)
     EXPECT_EQ(UnicodeString(ZkValue(u"x")), UnicodeString(u"x"));
 }
 
-TEST(ZkValue, NameFromAValue)
-{
+TEST(ZkValue, NameFromAValue) {
     EXPECT_EQ(ZkName(ZkValue(ZKN_auto)), ZkName(ZKN_auto));
     EXPECT_EQ(ZkName(ZkValue(u"auto")), ZkName(ZKN_auto));
     EXPECT_EQ(ZkName(ZkValue(12, UnitPt)).toString(), UnicodeString(u"12pt"));
     EXPECT_TRUE(ZkName(ZkValue()).isEmpty());
 }
 
-TEST(ZkValue, ToStringForms)
-{
+TEST(ZkValue, ToStringForms) {
     struct Case {
         ZkValue value;
         const char16_t* expected;
@@ -352,8 +335,7 @@ TEST(ZkValue, ToStringForms)
     EXPECT_EQ(ZkValue(u"MiXed").toString(false), UnicodeString(u"MiXed"));
 }
 
-TEST(ZkValue, ListAndCompoundPrinting)
-{
+TEST(ZkValue, ListAndCompoundPrinting) {
     ZkValue list;
     list.addItem(ZkValue(1.0f, UnitPt));
     list.addItem(ZkValue(u"a b", UnitLiteral));
@@ -371,8 +353,7 @@ TEST(ZkValue, ListAndCompoundPrinting)
     EXPECT_EQ(hollow.toString(), UnicodeString());
 }
 
-TEST(ZkValue, QuotedForms)
-{
+TEST(ZkValue, QuotedForms) {
     ZkValue literal(u"a'b", UnitLiteral);
     ZkValue uri(u"a\"b.png", UnitUri);
     ZkValue unknown(u"plain");
@@ -388,8 +369,7 @@ TEST(ZkValue, QuotedForms)
     EXPECT_EQ(utf8(ZkValue(3, UnitPx).toValueText(true, true)), "3px");
 }
 
-TEST(ZkValue, AddItemOnNullSharesTheArray)
-{
+TEST(ZkValue, AddItemOnNullSharesTheArray) {
     // The first addItem takes the value itself, so an array given to it stays shared.
     ZkValue inner;
     inner.addItem(ZkValue(1));
@@ -399,8 +379,7 @@ TEST(ZkValue, AddItemOnNullSharesTheArray)
     EXPECT_EQ(outer.getValueArray(), inner.getValueArray());
 }
 
-TEST(ZkValue, AddItemMakesAListFromTheSecondItem)
-{
+TEST(ZkValue, AddItemMakesAListFromTheSecondItem) {
     ZkValue value;
     value.addItem(ZkValue(1));
     EXPECT_TRUE(value.isInteger());
@@ -416,8 +395,7 @@ TEST(ZkValue, AddItemMakesAListFromTheSecondItem)
     EXPECT_TRUE(scalar.getNthItem(1).isNull());
 }
 
-TEST(ZkValue, MakeArrayAndCompound)
-{
+TEST(ZkValue, MakeArrayAndCompound) {
     ZkValue value(3);
     value.makeArray();
     EXPECT_TRUE(value.isArray());
@@ -440,8 +418,7 @@ TEST(ZkValue, MakeArrayAndCompound)
     EXPECT_TRUE(scalar.getNamedItem(ZkName(ZKN_length)).isNull());
 }
 
-TEST(ZkValue, RemoveNamedItemCollapses)
-{
+TEST(ZkValue, RemoveNamedItemCollapses) {
     ZkValue value(1.0f, UnitPt);
     value.setNamedItem(ZkName(ZKN_minimum), ZkValue(0.5f, UnitPt));
     EXPECT_TRUE(value.isCompound());
@@ -465,8 +442,7 @@ TEST(ZkValue, RemoveNamedItemCollapses)
     EXPECT_EQ(scalar, ZkValue(3));
 }
 
-TEST(ZkValue, CloneOwnsFreshContainers)
-{
+TEST(ZkValue, CloneOwnsFreshContainers) {
     ZkValue inner;
     inner.addItem(ZkValue(1));
     inner.addItem(ZkValue(2));
@@ -484,8 +460,7 @@ TEST(ZkValue, CloneOwnsFreshContainers)
     EXPECT_EQ(plain.clone(), plain);
 }
 
-TEST(ZkNamedValue, NameBitsTravelWithTheValue)
-{
+TEST(ZkNamedValue, NameBitsTravelWithTheValue) {
     ZkNamedValue named(ZkValue(5, UnitPx), ZkName(ZKN_width));
     EXPECT_EQ(named.getName(), ZkName(ZKN_width));
     EXPECT_EQ(named.getUnitType(), UnitPx);
@@ -506,8 +481,7 @@ TEST(ZkNamedValue, NameBitsTravelWithTheValue)
     EXPECT_EQ(named.getName(), dynamic);
 }
 
-TEST(ZkValueArray, ItemsAndBounds)
-{
+TEST(ZkValueArray, ItemsAndBounds) {
     ZkPtr<ZkValueArray> array(new ZkValueArray());
     array->addItem(ZkValue(1));
     array->addItem(ZkValue(u"two"));
@@ -529,8 +503,7 @@ TEST(ZkValueArray, ItemsAndBounds)
     EXPECT_EQ(array->getTypeName(), UnicodeString(u"ZkValueArray"));
 }
 
-TEST(ZkBool, ThreeStates)
-{
+TEST(ZkBool, ThreeStates) {
     ZkBool undefined;
     EXPECT_TRUE(undefined.isUndef());
     EXPECT_TRUE(undefined.isTrue(true));
@@ -549,8 +522,7 @@ TEST(ZkBool, ThreeStates)
     EXPECT_TRUE(yes.isUndef());
 }
 
-TEST(ZkInt, UndefinedPatternAndRawArithmetic)
-{
+TEST(ZkInt, UndefinedPatternAndRawArithmetic) {
     ZkInt value;
     EXPECT_TRUE(value.isUndef());
     EXPECT_EQ(static_cast<int>(value), std::numeric_limits<int>::min());

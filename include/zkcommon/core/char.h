@@ -28,9 +28,9 @@ public:
 
     /// How isInseparableCharEx treats a run of equal inseparable characters.
     enum INSEPARABLECHAR_METHOD : int {
-        INSEPARABLE_PAIR = 0,      ///< any inseparable pair
+        INSEPARABLE_PAIR = 0,       ///< any inseparable pair
         INSEPARABLE_NOT_INSIDE = 1, ///< not when the run goes on at both sides of the pair
-        INSEPARABLE_ISOLATED = 2   ///< only when the run goes on at neither side
+        INSEPARABLE_ISOLATED = 2    ///< only when the run goes on at neither side
     };
 
     /// Per code point, a pair of class bytes (stacked, mixed); 0 means "no override".

@@ -191,9 +191,7 @@ public:
     ZkLength getLengthValue(bool zeroIsLength = false) const noexcept;
     /// The name of a Name value, otherwise the empty name.
     ZkName getNameValue() const noexcept;
-    ZkNameEnum getNameEnum() const noexcept {
-        return isName() ? m_payload.name : ZKN_EMPTY;
-    }
+    ZkNameEnum getNameEnum() const noexcept { return isName() ? m_payload.name : ZKN_EMPTY; }
     /// The lower-cased name of a Name value, otherwise the empty name.
     ZkName getLowerNameValue() const;
     /// The name of a Name value, otherwise toString() interned.
@@ -305,8 +303,7 @@ private:
     void releasePayload() noexcept;
     void acquirePayload();
     float numberAsFloat() const noexcept {
-        return getValueType() == ValueReal ? m_payload.real
-                                           : static_cast<float>(m_payload.integer);
+        return getValueType() == ValueReal ? m_payload.real : static_cast<float>(m_payload.integer);
     }
     void setNull() noexcept;
     void becomeReal(float value, ZkUnitType unit) noexcept;
