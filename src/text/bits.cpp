@@ -63,7 +63,8 @@ ZkUtil::BitIterator::BitIterator(const unsigned char* data, int bits) noexcept
     : m_read(data), m_write(nullptr), m_bits(bits < 0 ? 0 : bits) {}
 
 bool ZkUtil::BitIterator::fetch() noexcept {
-    bool bit = fetchBit1(m_read, m_fetchPos) != 0;
+    // Past the end (or before the start) there is nothing to read: a zero bit.
+    bool bit = m_fetchPos >= 0 && m_fetchPos < m_bits && fetchBit1(m_read, m_fetchPos) != 0;
     ++m_fetchPos;
     return bit;
 }
@@ -78,7 +79,7 @@ uint32_t ZkUtil::BitIterator::fetch(int n) noexcept {
 }
 
 void ZkUtil::BitIterator::patch(bool value) noexcept {
-    if (m_write) {
+    if (m_write && m_patchPos >= 0 && m_patchPos < m_bits) {
         unsigned char mask = static_cast<unsigned char>(0x80 >> (m_patchPos & 7));
         if (value)
             m_write[m_patchPos >> 3] |= mask;
@@ -95,6 +96,8 @@ void ZkUtil::BitIterator::resizeData(unsigned char* data, int bits) noexcept {
 }
 
 int ZkUtil::BitIterator::countRun(bool value, int limit) const noexcept {
+    if (m_fetchPos < 0)
+        return 0;
     int available = m_bits - m_fetchPos;
     if (limit > available)
         limit = available;

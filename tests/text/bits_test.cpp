@@ -77,8 +77,13 @@ TEST(ZkUtilBitIterator, ReadsAndWritesWithTwoPositions) {
     EXPECT_FALSE(it.endFetch(8));
     it.advanceFetch(8);
     EXPECT_TRUE(it.endFetch());
-    it.patch(false);
+    // Beyond the end a write is dropped and a read gives 0.
+    it.patch(true);
     EXPECT_EQ(it.getPatchPos(), 17);
+    EXPECT_EQ(data[0], 0xA1);
+    EXPECT_EQ(data[1], 0x01);
+    EXPECT_FALSE(it.fetch());
+    EXPECT_EQ(it.getFetchPos(), 17);
 }
 
 TEST(ZkUtilBitIterator, ReadOnlyIteratorIgnoresPatches) {

@@ -52,8 +52,9 @@ public:
     static void patchBit2(unsigned char* data, int index) noexcept;
     static void patchBit4(unsigned char* data, int index) noexcept;
 
-    /// A reader and a writer over one bit buffer, each with its own position. Reading or writing
-    /// past `bits` is the caller's error; `endFetch`/`endPatch` tell when to stop.
+    /// A reader and a writer over one bit buffer, each with its own position. Outside the
+    /// `bits` of the buffer a read gives 0 and a write is dropped (the position still moves);
+    /// `endFetch`/`endPatch` tell when to stop.
     class ZKCOMMON_API BitIterator {
     public:
         BitIterator(unsigned char* data, int bits) noexcept;
