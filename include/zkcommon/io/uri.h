@@ -126,9 +126,9 @@ public:
 
     /// A file URI or a URI without a scheme.
     bool isFile() const;
-    /// A local path that names an existing non-directory.
+    /// Something (a file or a directory) exists at the local path; false for non-local URIs.
     bool isFileExists() const;
-    /// Null, empty or missing paths give false.
+    /// The same for a file system path; null, empty or missing paths give false.
     static bool isFileExists(const char* path);
     static bool isFileExists(const wchar_t* path);
     bool isDirectoryExists() const;
