@@ -2,17 +2,15 @@
 // libxml2's DOM (xmlNewNode, xmlAddChild, xmlSetProp, xmlGetProp) on the same shapes.
 #include "ratio.h"
 
+#include <benchmark/benchmark.h>
+#include <libxml/tree.h>
+#include <string>
+#include <vector>
 #include <zkcommon/dom/document.h>
 #include <zkcommon/dom/element.h>
 #include <zkcommon/dom/iterator.h>
 #include <zkcommon/dom/text.h>
 #include <zkcommon/values/value.h>
-
-#include <benchmark/benchmark.h>
-#include <libxml/tree.h>
-
-#include <string>
-#include <vector>
 
 using namespace ZkCommonNS;
 
@@ -36,8 +34,8 @@ void growOurs(ZkDocument* doc, ZkNode* parent, const ZkName* names, int depth) {
     if (depth == kDepth)
         return;
     for (int i = 0; i < kFanOut; ++i) {
-        ZkPtr<ZkElement> child = doc->createElementNS(ZkName(ZKN_NS_XSL_FO), ZkName(),
-                                                      names[depth + 1]);
+        ZkPtr<ZkElement> child =
+            doc->createElementNS(ZkName(ZKN_NS_XSL_FO), ZkName(), names[depth + 1]);
         parent->appendChild(child);
         growOurs(doc, child, names, depth + 1);
     }
@@ -53,7 +51,9 @@ ZkPtr<ZkDocument> buildOurs() {
     return doc;
 }
 
-const xmlChar* x(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
+const xmlChar* x(const char* text) {
+    return reinterpret_cast<const xmlChar*>(text);
+}
 
 void growTheirs(xmlNodePtr parent, const char* const* names, int depth) {
     xmlAddChild(parent, xmlNewText(x("some text")));

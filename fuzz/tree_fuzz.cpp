@@ -2,6 +2,11 @@
 // of nodes, and the rings are checked after every step; then as a stream of load events, pulled
 // through the loading getters. The raw input also goes through the pseudo-attribute reader of
 // processing instructions.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <vector>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/attr.h>
 #include <zkcommon/dom/document.h>
@@ -12,12 +17,6 @@
 #include <zkcommon/dom/processinginstruction.h>
 #include <zkcommon/dom/text.h>
 #include <zkcommon/values/value.h>
-
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <vector>
 
 using namespace ZkCommonNS;
 
@@ -162,15 +161,14 @@ void loadEvents(const uint8_t* data, size_t size) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const UnicodeString text =
-        UnicodeString::fromUTF8(icu::StringPiece(reinterpret_cast<const char*>(data),
-                                                 static_cast<int32_t>(size)));
+    const UnicodeString text = UnicodeString::fromUTF8(
+        icu::StringPiece(reinterpret_cast<const char*>(data), static_cast<int32_t>(size)));
     ZkProcessingInstruction::parseAsAttribute(text);
 
     ZkPtr<ZkDocument> doc(new ZkDocument());
     std::vector<ZkPtr<ZkNode>> pool;
-    const ZkName names[] = {ZkName(u"a"), ZkName(u"b"), ZkName(u"p:c"), ZkName(u"xml:base"),
-                            ZkName(u"xmlns"), ZkName(u"xmlns:p")};
+    const ZkName names[] = {ZkName(u"a"),        ZkName(u"b"),     ZkName(u"p:c"),
+                            ZkName(u"xml:base"), ZkName(u"xmlns"), ZkName(u"xmlns:p")};
     for (int i = 0; i < kPool; ++i) {
         if (i % 3 == 2)
             pool.emplace_back(doc->createTextNode(u"t").get());

@@ -1,6 +1,8 @@
 // zk tree: builds a small document by hand and prints it, or the visits of a tree walk.
 #include "command.h"
 
+#include <iostream>
+#include <string>
 #include <zkcommon/dom/attr.h>
 #include <zkcommon/dom/document.h>
 #include <zkcommon/dom/element.h>
@@ -9,9 +11,6 @@
 #include <zkcommon/dom/processinginstruction.h>
 #include <zkcommon/dom/text.h>
 #include <zkcommon/values/value.h>
-
-#include <iostream>
-#include <string>
 
 namespace zktool {
 namespace {
@@ -86,8 +85,7 @@ ZkPtr<ZkDocument> buildDemo() {
     inline_->appendChildText(u"tree");
     block->appendChildText(u"!");
     ZkElement* svgHost = add(flow, doc, u"fo:block");
-    ZkPtr<ZkElement> svg =
-        doc->createElementNS(ZkName(ZKN_NS_SVG), ZkName(), ZkName(u"svg"));
+    ZkPtr<ZkElement> svg = doc->createElementNS(ZkName(ZKN_NS_SVG), ZkName(), ZkName(u"svg"));
     svg->setAttributeXMLNS(ZkName(ZKN_NS_SVG), ZkName());
     svg->setAttribute(ZkName(u"width"), ZkValue(20));
     svgHost->appendChild(svg);
@@ -101,8 +99,8 @@ std::string describeElement(const ZkElement* element, bool withUri) {
     const ZkNamedNodeMap* attributes = element->getAttributes();
     for (ZkNode* node = attributes->getFirstNode(); node; node = attributes->getNextNode(node)) {
         const ZkAttr* attr = static_cast<const ZkAttr*>(node);
-        line += " " + utf8(attr->getNodeName().toString()) + "=" +
-                quoted(attr->getValue().toString());
+        line +=
+            " " + utf8(attr->getNodeName().toString()) + "=" + quoted(attr->getValue().toString());
     }
     return line;
 }

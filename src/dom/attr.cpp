@@ -11,12 +11,24 @@ namespace ZkCommonNS {
 
 ZkAttr::~ZkAttr() = default;
 
-int ZkAttr::getNodeType() const { return ATTRIBUTE_NODE; }
-ZkNode* ZkAttr::getParentNode() const { return nullptr; }
-ZkNode* ZkAttr::getPreviousSibling() const { return nullptr; }
-ZkNode* ZkAttr::getNextSibling() const { return nullptr; }
-UnicodeString ZkAttr::getText() const { return getValue().toString(); }
-void ZkAttr::setText(const UnicodeString& text) { setValue(ZkValue(text)); }
+int ZkAttr::getNodeType() const {
+    return ATTRIBUTE_NODE;
+}
+ZkNode* ZkAttr::getParentNode() const {
+    return nullptr;
+}
+ZkNode* ZkAttr::getPreviousSibling() const {
+    return nullptr;
+}
+ZkNode* ZkAttr::getNextSibling() const {
+    return nullptr;
+}
+UnicodeString ZkAttr::getText() const {
+    return getValue().toString();
+}
+void ZkAttr::setText(const UnicodeString& text) {
+    setValue(ZkValue(text));
+}
 
 ZkElement* ZkAttr::getOwnerElement() const {
     // The raw parent field holds the owner element; the tree never sees it.
@@ -37,10 +49,18 @@ Attr::Attr(ZkDocument* ownerDocument, ZkName local)
 
 Attr::~Attr() = default;
 
-ZkName Attr::getNodeName() const { return m_value.getName(); }
-ZkName Attr::getLocalName() const { return m_value.getName(); }
-ZkValue Attr::getNodeValue() const { return getValue(); }
-void Attr::setNodeValue(const ZkValue& value) { setValue(value); }
+ZkName Attr::getNodeName() const {
+    return m_value.getName();
+}
+ZkName Attr::getLocalName() const {
+    return m_value.getName();
+}
+ZkValue Attr::getNodeValue() const {
+    return getValue();
+}
+void Attr::setNodeValue(const ZkValue& value) {
+    setValue(value);
+}
 
 ZkValue Attr::getValue() const {
     // The name bits are the attribute's own business, not part of the value handed out.

@@ -15,9 +15,8 @@
 namespace ZkCommonNS {
 
 ZkDocument::ZkDocument()
-    : ZkNode(this), m_nameTable(ZkNameTable::addRefSharedNameTable()),
-      m_lastLoadingNode(nullptr), m_skipDepth(0), m_nextElementId(0), m_pullMode(false),
-      m_xincludeSeen(false) {}
+    : ZkNode(this), m_nameTable(ZkNameTable::addRefSharedNameTable()), m_lastLoadingNode(nullptr),
+      m_skipDepth(0), m_nextElementId(0), m_pullMode(false), m_xincludeSeen(false) {}
 
 ZkDocument::~ZkDocument() {
     // The name table goes first; the tree itself is taken down by the node destructor, which
@@ -30,9 +29,15 @@ ZkDocument::~ZkDocument() {
     m_lastLoadingNode = nullptr;
 }
 
-ZkName ZkDocument::getLocalName() const { return ZkName(ZKN_H_document); }
-int ZkDocument::getNodeType() const { return DOCUMENT_NODE; }
-ZkDocument* ZkDocument::getOwnerDocument() const { return nullptr; }
+ZkName ZkDocument::getLocalName() const {
+    return ZkName(ZKN_H_document);
+}
+int ZkDocument::getNodeType() const {
+    return DOCUMENT_NODE;
+}
+ZkDocument* ZkDocument::getOwnerDocument() const {
+    return nullptr;
+}
 
 UnicodeString ZkDocument::getBaseUri() const {
     return m_baseUri.isEmpty() ? m_documentUri : m_baseUri;
@@ -59,9 +64,8 @@ ZkElement* ZkDocument::getDocumentElement() const {
 }
 
 ZkPtr<ZkElement> ZkDocument::createElement(ZkName qname) {
-    return ZkPtr<ZkElement>(new (std::nothrow)
-                                Element(this, ZkXmlUtil::getPrefixFromQName(qname),
-                                        ZkXmlUtil::getLocalPartFromQName(qname)));
+    return ZkPtr<ZkElement>(new (std::nothrow) Element(this, ZkXmlUtil::getPrefixFromQName(qname),
+                                                       ZkXmlUtil::getLocalPartFromQName(qname)));
 }
 
 ZkPtr<ZkElement> ZkDocument::createElementNS(ZkName uri, ZkName prefix, ZkName local) {

@@ -46,7 +46,9 @@ ZkNode* ZkDocument::beginLoad(ZkNode* target) {
     return target;
 }
 
-void ZkDocument::load() { beginLoad(this); }
+void ZkDocument::load() {
+    beginLoad(this);
+}
 
 ZkNode* ZkDocument::openParent() const {
     // A finished leaf (a text without the loading bit, an instruction) hands the role of the open

@@ -19,9 +19,13 @@ ZkAttr* asAttr(ZkNode* node) {
 }
 
 // The local name under which `prefix` is declared: "xmlns" itself for the default namespace.
-ZkName xmlnsLocal(ZkName prefix) { return prefix.isEmpty() ? ZkName(ZKN_xmlns) : prefix; }
+ZkName xmlnsLocal(ZkName prefix) {
+    return prefix.isEmpty() ? ZkName(ZKN_xmlns) : prefix;
+}
 // The prefix of that declaration: none for xmlns="...", "xmlns" for xmlns:p="...".
-ZkName xmlnsPrefix(ZkName prefix) { return prefix.isEmpty() ? ZkName() : ZkName(ZKN_xmlns); }
+ZkName xmlnsPrefix(ZkName prefix) {
+    return prefix.isEmpty() ? ZkName() : ZkName(ZKN_xmlns);
+}
 } // namespace
 
 ZkCssDebugBlock::~ZkCssDebugBlock() = default;
@@ -35,10 +39,18 @@ ZkElement::ZkElement(ZkDocument* ownerDocument)
 
 ZkElement::~ZkElement() = default;
 
-int ZkElement::getNodeType() const { return ELEMENT_NODE; }
-bool ZkElement::isElementNode() const { return true; }
-ZkNamedNodeMap* ZkElement::getAttributes() const { return m_attributes.get(); }
-bool ZkElement::hasAttributes() const { return m_attributes && m_attributes->getCount() > 0; }
+int ZkElement::getNodeType() const {
+    return ELEMENT_NODE;
+}
+bool ZkElement::isElementNode() const {
+    return true;
+}
+ZkNamedNodeMap* ZkElement::getAttributes() const {
+    return m_attributes.get();
+}
+bool ZkElement::hasAttributes() const {
+    return m_attributes && m_attributes->getCount() > 0;
+}
 
 ZkValue ZkElement::getAttribute(ZkName qname) const {
     ZkAttr* attr = asAttr(m_attributes->getNamedItem(qname));
@@ -95,7 +107,9 @@ void ZkElement::setAttributeNS(ZkName uri, ZkName qname, const ZkValue& value) {
                    ZkXmlUtil::getLocalPartFromQName(qname), value);
 }
 
-void ZkElement::removeAttribute(ZkName qname) { m_attributes->removeNamedItem(qname); }
+void ZkElement::removeAttribute(ZkName qname) {
+    m_attributes->removeNamedItem(qname);
+}
 
 void ZkElement::removeAttributeNS(ZkName uri, ZkName local) {
     m_attributes->removeNamedItemNS(uri, local);
@@ -116,7 +130,8 @@ void ZkElement::getAttributeNodeLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* 
 
 ZkPtr<ZkAttr> ZkElement::removeAttributeNode(ZkAttr* attr) {
     if (!attr)
-        throwCommonError(ZK_ERROR_NULL_ARGUMENT, kSiteRemoveAttributeNode, UnicodeString(u"oldAttr"));
+        throwCommonError(ZK_ERROR_NULL_ARGUMENT, kSiteRemoveAttributeNode,
+                         UnicodeString(u"oldAttr"));
     return static_cast<AttrNodeMap*>(m_attributes.get())->removeNode(attr);
 }
 
@@ -137,8 +152,7 @@ bool ZkElement::hasAttributeLocal(ZkName local) const {
     return false;
 }
 
-void ZkElement::setAttributeEx(ZkName uri, ZkName prefix, ZkName local,
-                               const UnicodeString& text) {
+void ZkElement::setAttributeEx(ZkName uri, ZkName prefix, ZkName local, const UnicodeString& text) {
     setAttributeNS(uri, prefix, local, ZkValue(text));
 }
 
@@ -187,7 +201,8 @@ ZkPtr<ZkNode> ZkElement::cloneNode(bool deep) const {
     ZkDocument* document = getOwnerDocumentField();
     if (!document)
         return ZkPtr<ZkNode>();
-    ZkPtr<ZkElement> clone = document->createElementNS(getNamespaceUri(), getPrefix(), getLocalName());
+    ZkPtr<ZkElement> clone =
+        document->createElementNS(getNamespaceUri(), getPrefix(), getLocalName());
     if (!clone)
         return ZkPtr<ZkNode>();
     for (ZkNode* node = m_attributes->getFirstNode(); node;
@@ -221,11 +236,15 @@ UnicodeString ZkElement::getBaseUri() const {
 int ZkElement::getSourceLineNumber() const {
     return m_sourceLine != -1 ? m_sourceLine : ZkNode::getSourceLineNumber();
 }
-void ZkElement::setSourceLineNumber(int line) { m_sourceLine = line; }
+void ZkElement::setSourceLineNumber(int line) {
+    m_sourceLine = line;
+}
 int ZkElement::getSourceColumnNumber() const {
     return m_sourceColumn != -1 ? m_sourceColumn : ZkNode::getSourceColumnNumber();
 }
-void ZkElement::setSourceColumnNumber(int column) { m_sourceColumn = column; }
+void ZkElement::setSourceColumnNumber(int column) {
+    m_sourceColumn = column;
+}
 
 // --- Element and ElementNS ----------------------------------------------------------------------
 
@@ -233,7 +252,9 @@ Element::Element(ZkDocument* ownerDocument, ZkName prefix, ZkName local)
     : ZkElement(ownerDocument), m_prefix(prefix), m_local(local) {}
 Element::~Element() = default;
 
-ZkName Element::getNamespaceUri() const { return lookupNamespaceUri(m_prefix); }
+ZkName Element::getNamespaceUri() const {
+    return lookupNamespaceUri(m_prefix);
+}
 
 void Element::setPrefix(ZkName prefix) {
     m_prefix = prefix;

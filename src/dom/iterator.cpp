@@ -26,7 +26,9 @@ ZkNodeIterator::ZkNodeIterator(const ZkNodeIterator& other) = default;
 ZkNodeIterator& ZkNodeIterator::operator=(const ZkNodeIterator& other) = default;
 ZkNodeIterator::~ZkNodeIterator() = default;
 
-ZkNodeIterable* ZkNodeIterator::getIterable() const { return m_iterable.get(); }
+ZkNodeIterable* ZkNodeIterator::getIterable() const {
+    return m_iterable.get();
+}
 
 ZkNode* ZkNodeIterator::nextNode() {
     ZkNode* node = m_current;
@@ -48,7 +50,9 @@ ZkNode* ZkNodeIterator::previousNode() {
     return m_current;
 }
 
-void ZkNodeIterator::setToStart() { m_current = m_iterable ? m_iterable->getFirstNode() : nullptr; }
+void ZkNodeIterator::setToStart() {
+    m_current = m_iterable ? m_iterable->getFirstNode() : nullptr;
+}
 
 // --- ZkTreeIterator -----------------------------------------------------------------------------
 

@@ -34,8 +34,12 @@ bool AttrNodeMap::ringEmpty() const {
 
 // --- iteration along the ring -------------------------------------------------------------------
 
-ZkNode* AttrNodeMap::getFirstNode() const { return ringEmpty() ? nullptr : m_anchor->m_next; }
-ZkNode* AttrNodeMap::getLastNode() const { return ringEmpty() ? nullptr : m_anchor; }
+ZkNode* AttrNodeMap::getFirstNode() const {
+    return ringEmpty() ? nullptr : m_anchor->m_next;
+}
+ZkNode* AttrNodeMap::getLastNode() const {
+    return ringEmpty() ? nullptr : m_anchor;
+}
 
 ZkNode* AttrNodeMap::getNextNode(ZkNode* node) const {
     if (!node || node == m_anchor)
@@ -47,7 +51,9 @@ ZkNode* AttrNodeMap::getPreviousNode(ZkNode* node) const {
     return node ? node->m_previous : nullptr;
 }
 
-int AttrNodeMap::getCount() const { return static_cast<int>(m_byName.size()); }
+int AttrNodeMap::getCount() const {
+    return static_cast<int>(m_byName.size());
+}
 
 ZkNode* AttrNodeMap::item(int index) const {
     if (index < 0)

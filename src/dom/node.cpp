@@ -64,12 +64,22 @@ ZkNode::~ZkNode() {
 
 // --- names and values ---------------------------------------------------------------------------
 
-ZkName ZkNode::getNodeName() const { return ZkXmlUtil::makeQName(getPrefix(), getLocalName()); }
-ZkName ZkNode::getFOName() const { return getLocalName(); }
-ZkName ZkNode::getNamespaceUri() const { return ZkName(); }
-ZkName ZkNode::getPrefix() const { return ZkName(); }
+ZkName ZkNode::getNodeName() const {
+    return ZkXmlUtil::makeQName(getPrefix(), getLocalName());
+}
+ZkName ZkNode::getFOName() const {
+    return getLocalName();
+}
+ZkName ZkNode::getNamespaceUri() const {
+    return ZkName();
+}
+ZkName ZkNode::getPrefix() const {
+    return ZkName();
+}
 void ZkNode::setPrefix(ZkName) {}
-ZkValue ZkNode::getNodeValue() const { return ZkValue(); }
+ZkValue ZkNode::getNodeValue() const {
+    return ZkValue();
+}
 
 void ZkNode::setNodeValue(const ZkValue&) {
     throwCommonError(ZK_ERROR_WRONG_STATE, kSiteSetNodeValue, getTypeName());
@@ -77,7 +87,9 @@ void ZkNode::setNodeValue(const ZkValue&) {
 
 // --- navigation ---------------------------------------------------------------------------------
 
-ZkNode* ZkNode::getParentNode() const { return m_parent; }
+ZkNode* ZkNode::getParentNode() const {
+    return m_parent;
+}
 
 bool ZkNode::hasChildNodes() const {
     if (m_lastChild)
@@ -106,7 +118,9 @@ ZkNode* ZkNode::getLastChild() const {
     return m_lastChild;
 }
 
-ZkNode* ZkNode::getPreviousSibling() const { return m_previous; }
+ZkNode* ZkNode::getPreviousSibling() const {
+    return m_previous;
+}
 
 ZkNode* ZkNode::getNextSibling() const {
     if (!m_parent)
@@ -125,7 +139,9 @@ ZkNode* ZkNode::getNextSibling() const {
     return m_next;
 }
 
-ZkDocument* ZkNode::getOwnerDocument() const { return m_ownerDocument; }
+ZkDocument* ZkNode::getOwnerDocument() const {
+    return m_ownerDocument;
+}
 
 // --- child changes ------------------------------------------------------------------------------
 
@@ -250,7 +266,9 @@ ZkPtr<ZkNode> ZkNode::replaceChild(ZkNode* newChild, ZkNode* oldChild) {
     return result;
 }
 
-ZkNode* ZkNode::appendChildEx(ZkNode* newChild) { return appendChild(newChild); }
+ZkNode* ZkNode::appendChildEx(ZkNode* newChild) {
+    return appendChild(newChild);
+}
 
 ZkNode* ZkNode::appendChildText(const UnicodeString& text) {
     if (!m_ownerDocument)
@@ -261,7 +279,9 @@ ZkNode* ZkNode::appendChildText(const UnicodeString& text) {
     return appendChild(node);
 }
 
-ZkNode* ZkNode::appendChildTextLF() { return appendChildText(UnicodeString(u'\n')); }
+ZkNode* ZkNode::appendChildTextLF() {
+    return appendChildText(UnicodeString(u'\n'));
+}
 
 ZkNode* ZkNode::insertBeforeTextLF(ZkNode* refChild) {
     if (!m_ownerDocument)
@@ -321,9 +341,15 @@ long ZkNode::deleteAllChildNodes(ZkNode* lastChild) {
 
 // --- defaults -----------------------------------------------------------------------------------
 
-ZkNamedNodeMap* ZkNode::getAttributes() const { return nullptr; }
-bool ZkNode::hasAttributes() const { return false; }
-ZkPtr<ZkNode> ZkNode::cloneNode(bool) const { return ZkPtr<ZkNode>(); }
+ZkNamedNodeMap* ZkNode::getAttributes() const {
+    return nullptr;
+}
+bool ZkNode::hasAttributes() const {
+    return false;
+}
+ZkPtr<ZkNode> ZkNode::cloneNode(bool) const {
+    return ZkPtr<ZkNode>();
+}
 
 void ZkNode::cloneMembers(ZkNode* to) const {
     if (to)
@@ -331,28 +357,70 @@ void ZkNode::cloneMembers(ZkNode* to) const {
 }
 
 void ZkNode::finishAttributes() {}
-bool ZkNode::isElementNode() const { return false; }
-bool ZkNode::isProcessingInstruction() const { return false; }
-bool ZkNode::isText() const { return false; }
-bool ZkNode::isFO() const { return false; }
-bool ZkNode::isQTFO() const { return false; }
-bool ZkNode::isCSS() const { return false; }
-bool ZkNode::isHTML() const { return false; }
-bool ZkNode::isHTMLSyntax() const { return false; }
-bool ZkNode::isXHTMLSyntax() const { return false; }
-bool ZkNode::isXML() const { return false; }
-bool ZkNode::isBlock() const { return false; }
-bool ZkNode::isInline() const { return false; }
-bool ZkNode::isInlineBlock() const { return false; }
-bool ZkNode::isBlockOrBdo(bool) const { return false; }
-bool ZkNode::isBidiOverride() const { return false; }
-bool ZkNode::isNeutral() const { return false; }
-bool ZkNode::isOutOfLine() const { return false; }
-bool ZkNode::isArea() const { return false; }
-bool ZkNode::saveTextTag() const { return false; }
-UnicodeString ZkNode::getText() const { return UnicodeString(); }
+bool ZkNode::isElementNode() const {
+    return false;
+}
+bool ZkNode::isProcessingInstruction() const {
+    return false;
+}
+bool ZkNode::isText() const {
+    return false;
+}
+bool ZkNode::isFO() const {
+    return false;
+}
+bool ZkNode::isQTFO() const {
+    return false;
+}
+bool ZkNode::isCSS() const {
+    return false;
+}
+bool ZkNode::isHTML() const {
+    return false;
+}
+bool ZkNode::isHTMLSyntax() const {
+    return false;
+}
+bool ZkNode::isXHTMLSyntax() const {
+    return false;
+}
+bool ZkNode::isXML() const {
+    return false;
+}
+bool ZkNode::isBlock() const {
+    return false;
+}
+bool ZkNode::isInline() const {
+    return false;
+}
+bool ZkNode::isInlineBlock() const {
+    return false;
+}
+bool ZkNode::isBlockOrBdo(bool) const {
+    return false;
+}
+bool ZkNode::isBidiOverride() const {
+    return false;
+}
+bool ZkNode::isNeutral() const {
+    return false;
+}
+bool ZkNode::isOutOfLine() const {
+    return false;
+}
+bool ZkNode::isArea() const {
+    return false;
+}
+bool ZkNode::saveTextTag() const {
+    return false;
+}
+UnicodeString ZkNode::getText() const {
+    return UnicodeString();
+}
 void ZkNode::setText(const UnicodeString&) {}
-bool ZkNode::isBidiDone() const { return false; }
+bool ZkNode::isBidiDone() const {
+    return false;
+}
 void ZkNode::bidiDone(int) {}
 void ZkNode::setSourceLineNumber(int) {}
 void ZkNode::setSourceColumnNumber(int) {}
@@ -360,19 +428,21 @@ void ZkNode::setSourceColumnNumber(int) {}
 // --- lists --------------------------------------------------------------------------------------
 
 ZkPtr<ZkNodeList> ZkNode::getElementsByTagName(ZkName local) const {
-    return ZkPtr<ZkNodeList>(new (std::nothrow)
-                                 TreeNodeList(this, TreeNodeList::ELEMENTS_BY_NAME, ZkName(), local));
+    return ZkPtr<ZkNodeList>(
+        new (std::nothrow) TreeNodeList(this, TreeNodeList::ELEMENTS_BY_NAME, ZkName(), local));
 }
 
 ZkPtr<ZkNodeList> ZkNode::getElementsByTagNameNS(ZkName uri, ZkName local) const {
-    return ZkPtr<ZkNodeList>(
-        new (std::nothrow) TreeNodeList(this, TreeNodeList::ELEMENTS_BY_NAME_NS, uri, local));
+    return ZkPtr<ZkNodeList>(new (std::nothrow)
+                                 TreeNodeList(this, TreeNodeList::ELEMENTS_BY_NAME_NS, uri, local));
 }
 
 ZkPtr<ZkNodeList> ZkNode::getDescendantNodes() const {
     return ZkPtr<ZkNodeList>(new (std::nothrow) TreeNodeList(this, TreeNodeList::ALL_NODES));
 }
 
-ZkNodeIterator ZkNode::getIterator(ZkNode* start) const { return ZkNodeIterator(this, start); }
+ZkNodeIterator ZkNode::getIterator(ZkNode* start) const {
+    return ZkNodeIterator(this, start);
+}
 
 } // namespace ZkCommonNS

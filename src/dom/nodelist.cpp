@@ -5,7 +5,9 @@
 
 namespace ZkCommonNS {
 
-ZkNodeIterator ZkNodeIterable::getIterator() const { return ZkNodeIterator(this); }
+ZkNodeIterator ZkNodeIterable::getIterator() const {
+    return ZkNodeIterator(this);
+}
 
 // --- ChildNodeList ------------------------------------------------------------------------------
 
@@ -13,7 +15,9 @@ ZkNode* ChildNodeList::getFirstNode() const {
     return m_parent ? m_parent->getFirstChild() : nullptr;
 }
 
-ZkNode* ChildNodeList::getLastNode() const { return m_parent ? m_parent->getLastChild() : nullptr; }
+ZkNode* ChildNodeList::getLastNode() const {
+    return m_parent ? m_parent->getLastChild() : nullptr;
+}
 
 ZkNode* ChildNodeList::getNextNode(ZkNode* node) const {
     return node ? node->getNextSibling() : nullptr;
@@ -23,7 +27,9 @@ ZkNode* ChildNodeList::getPreviousNode(ZkNode* node) const {
     return node ? node->getPreviousSibling() : nullptr;
 }
 
-int ChildNodeList::getCount() const { return m_parent ? m_parent->getChildNodeCount() : 0; }
+int ChildNodeList::getCount() const {
+    return m_parent ? m_parent->getChildNodeCount() : 0;
+}
 
 ZkNode* ChildNodeList::item(int index) const {
     if (index < 0 || !m_parent)
@@ -97,7 +103,9 @@ ZkNode* TreeNodeList::getPreviousNode(ZkNode* node) const {
     return nullptr;
 }
 
-ZkNode* TreeNodeList::getFirstNode() const { return getNextNode(m_root); }
+ZkNode* TreeNodeList::getFirstNode() const {
+    return getNextNode(m_root);
+}
 
 ZkNode* TreeNodeList::getLastNode() const {
     if (!m_root)

@@ -363,7 +363,8 @@ ZkName ZkNode::lookupPrefixFrom(ZkName uri, const ZkNode* start) const {
         if (!element->hasAttributes())
             continue;
         const ZkNamedNodeMap* attributes = element->getAttributes();
-        for (ZkNode* attr = attributes->getFirstNode(); attr; attr = attributes->getNextNode(attr)) {
+        for (ZkNode* attr = attributes->getFirstNode(); attr;
+             attr = attributes->getNextNode(attr)) {
             if (attr->getPrefix() != ZKN_xmlns || attrValueAsName(attr) != uri)
                 continue;
             const ZkName local = attr->getLocalName();
@@ -456,8 +457,12 @@ int inheritedPosition(const ZkNode* node, int (*stored)(const ZkNode*)) {
 }
 } // namespace
 
-int ZkNode::getSourceLineNumber() const { return inheritedPosition(this, storedLine); }
-int ZkNode::getSourceColumnNumber() const { return inheritedPosition(this, storedColumn); }
+int ZkNode::getSourceLineNumber() const {
+    return inheritedPosition(this, storedLine);
+}
+int ZkNode::getSourceColumnNumber() const {
+    return inheritedPosition(this, storedColumn);
+}
 
 UnicodeString ZkNode::getBaseUri() const {
     if (const ZkNode* parent = getParentNode())

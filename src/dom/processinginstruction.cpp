@@ -12,12 +12,18 @@ ZkProcessingInstruction::ZkProcessingInstruction(ZkDocument* ownerDocument, ZkNa
 
 ZkProcessingInstruction::~ZkProcessingInstruction() = default;
 
-int ZkProcessingInstruction::getNodeType() const { return PROCESSING_INSTRUCTION_NODE; }
-bool ZkProcessingInstruction::isProcessingInstruction() const { return true; }
+int ZkProcessingInstruction::getNodeType() const {
+    return PROCESSING_INSTRUCTION_NODE;
+}
+bool ZkProcessingInstruction::isProcessingInstruction() const {
+    return true;
+}
 
 namespace {
 // TAB, LINE FEED, CARRIAGE RETURN and SPACE: the white space of the XML grammar (S).
-bool isPseudoAttributeSpace(UChar32 c) { return ZkChar::isWhitespace(c); }
+bool isPseudoAttributeSpace(UChar32 c) {
+    return ZkChar::isWhitespace(c);
+}
 } // namespace
 
 ZkProcessingInstruction::AttributeMap

@@ -11,13 +11,23 @@ ZkTextNode::ZkTextNode(ZkDocument* ownerDocument, const UnicodeString& data)
 
 ZkTextNode::~ZkTextNode() = default;
 
-ZkName ZkTextNode::getLocalName() const { return ZkName(ZKN_H_text); }
-int ZkTextNode::getNodeType() const { return TEXT_NODE; }
-bool ZkTextNode::isText() const { return true; }
+ZkName ZkTextNode::getLocalName() const {
+    return ZkName(ZKN_H_text);
+}
+int ZkTextNode::getNodeType() const {
+    return TEXT_NODE;
+}
+bool ZkTextNode::isText() const {
+    return true;
+}
 
-ZkValue ZkTextNode::getNodeValue() const { return ZkValue(m_data); }
+ZkValue ZkTextNode::getNodeValue() const {
+    return ZkValue(m_data);
+}
 
-void ZkTextNode::setNodeValue(const ZkValue& value) { m_data = value.toString(); }
+void ZkTextNode::setNodeValue(const ZkValue& value) {
+    m_data = value.toString();
+}
 
 ZkPtr<ZkNode> ZkTextNode::cloneNode(bool) const {
     ZkDocument* document = getOwnerDocumentField();

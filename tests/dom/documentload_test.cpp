@@ -2,14 +2,13 @@
 // elements that refuse or redirect nodes, XInclude, and errors.
 #include "domtest.h"
 
+#include <gtest/gtest.h>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/attr.h>
 #include <zkcommon/dom/iterator.h>
 #include <zkcommon/dom/namednodemap.h>
 #include <zkcommon/dom/processinginstruction.h>
 #include <zkcommon/values/value.h>
-
-#include <gtest/gtest.h>
 
 using namespace ZkCommonNS;
 using namespace domtest;
@@ -74,7 +73,11 @@ std::string dump(const ZkNode* node) {
 TEST(DocumentLoad, EventsBecomeNodes) {
     ZkPtr<ProbeDocument> doc(new ProbeDocument({
         {Event::Instruction, u"xml-stylesheet href='a.css'"},
-        {Event::Start, u"fo:root", u"urn:fo", {{nullptr, u"id", u"r"}, {u"urn:x", u"x:a", u"1"}}, 3},
+        {Event::Start,
+         u"fo:root",
+         u"urn:fo",
+         {{nullptr, u"id", u"r"}, {u"urn:x", u"x:a", u"1"}},
+         3},
         {Event::Text, u"text"},
         {Event::Instruction, u"pi data"},
         {Event::Text, u"more"},
@@ -97,8 +100,7 @@ TEST(DocumentLoad, EventsBecomeNodes) {
     EXPECT_FALSE(root->isLoading());
     EXPECT_TRUE(root->isLoaded());
     EXPECT_FALSE(doc->isLoading());
-    ZkProcessingInstruction* pi =
-        static_cast<ZkProcessingInstruction*>(doc->getFirstChildFast());
+    ZkProcessingInstruction* pi = static_cast<ZkProcessingInstruction*>(doc->getFirstChildFast());
     EXPECT_EQ(utf8(pi->getData()), "href='a.css'");
 }
 
@@ -173,7 +175,9 @@ TEST(DocumentLoad, XIncludePushesStream) {
         {Event::Start,
          u"xi:include",
          kXInclude,
-         {{nullptr, u"href", u"part.txt"}, {nullptr, u"parse", u"text"}, {nullptr, u"encoding", u"UTF-8"}}},
+         {{nullptr, u"href", u"part.txt"},
+          {nullptr, u"parse", u"text"},
+          {nullptr, u"encoding", u"UTF-8"}}},
         {Event::End},
         {Event::End},
     }));
@@ -197,7 +201,9 @@ TEST(DocumentLoad, XIncludePushesStream) {
 TEST(DocumentLoad, XIncludeProblemsAreReported) {
     ZkPtr<ScriptedDocument> doc(new ScriptedDocument({
         {Event::Start, u"root"},
-        {Event::Start, u"xi:include", kXInclude,
+        {Event::Start,
+         u"xi:include",
+         kXInclude,
          {{nullptr, u"href", u"a.xml"}, {nullptr, u"parse", u"html"}}},
         {Event::End},
         {Event::Start, u"xi:other", kXInclude},
@@ -251,8 +257,8 @@ TEST(DocumentLoad, SourceCanBeReplacedAndRemoved) {
     ZkPtr<ScriptedDocument> doc(new ScriptedDocument({{Event::Start, u"a"}, {Event::End}}));
     doc->startFull();
     EXPECT_EQ(dump(doc), "a()");
-    doc->setLoadSource(std::make_unique<ScriptedSource>(
-        std::vector<Event>{{Event::Start, u"b"}, {Event::End}}));
+    doc->setLoadSource(
+        std::make_unique<ScriptedSource>(std::vector<Event>{{Event::Start, u"b"}, {Event::End}}));
     doc->load();
     EXPECT_EQ(dump(doc), "b()") << "a load replaces the children";
     doc->setLoadSource(nullptr);

@@ -2,16 +2,15 @@
 #ifndef ZKCOMMON_TESTS_DOM_DOMTEST_H
 #define ZKCOMMON_TESTS_DOM_DOMTEST_H
 
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
 #include <zkcommon/dom/document.h>
 #include <zkcommon/dom/element.h>
 #include <zkcommon/dom/loadsource.h>
 #include <zkcommon/dom/text.h>
 #include <zkcommon/xml/xmlutil.h>
-
-#include <array>
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace domtest {
 
@@ -76,9 +75,7 @@ public:
         return END_DOCUMENT;
     }
     int getDepth() const override { return m_depth; }
-    ZkName getNamespace() const override {
-        return m_current.ns ? ZkName(m_current.ns) : ZkName();
-    }
+    ZkName getNamespace() const override { return m_current.ns ? ZkName(m_current.ns) : ZkName(); }
     ZkName getPrefix() const override {
         return ZkXmlUtil::getPrefixFromQName(ZkName(m_current.text));
     }

@@ -1,16 +1,14 @@
 // ZkElement, the attribute map and namespace look-ups.
 #include "domtest.h"
 
+#include <chrono>
+#include <gtest/gtest.h>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/attr.h>
 #include <zkcommon/dom/documentfragment.h>
 #include <zkcommon/dom/namednodemap.h>
 #include <zkcommon/dom/processinginstruction.h>
 #include <zkcommon/values/value.h>
-
-#include <gtest/gtest.h>
-
-#include <chrono>
 
 using namespace ZkCommonNS;
 using namespace domtest;
@@ -230,8 +228,10 @@ TEST(Element, CreateAttributePrefixRules) {
 
 TEST(Element, CreateAttributeNSKinds) {
     Fixture f;
-    EXPECT_FALSE(f.doc->createAttributeNS(ZkName(), ZkName(), ZkName(u"a"))->isA(ZkTypeID::kAttrNS));
-    EXPECT_TRUE(f.doc->createAttributeNS(ZkName(u"u"), ZkName(), ZkName(u"a"))->isA(ZkTypeID::kAttrNS));
+    EXPECT_FALSE(
+        f.doc->createAttributeNS(ZkName(), ZkName(), ZkName(u"a"))->isA(ZkTypeID::kAttrNS));
+    EXPECT_TRUE(
+        f.doc->createAttributeNS(ZkName(u"u"), ZkName(), ZkName(u"a"))->isA(ZkTypeID::kAttrNS));
     ZkPtr<ZkAttr> split = f.doc->createAttributeNS(ZkName(u"u"), ZkName(u"p:a"));
     EXPECT_EQ(utf8(split->getNodeName().toString()), "p:a");
     EXPECT_EQ(utf8(split->getLocalName().toString()), "a");

@@ -1,14 +1,12 @@
 // ZkTreeIterator against an independent recursive walk, ZkNodeIterator and the live lists.
 #include "domtest.h"
 
+#include <gtest/gtest.h>
+#include <random>
+#include <utility>
 #include <zkcommon/dom/documentfragment.h>
 #include <zkcommon/dom/iterator.h>
 #include <zkcommon/dom/nodelist.h>
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <utility>
 
 using namespace ZkCommonNS;
 using namespace domtest;
@@ -61,9 +59,8 @@ std::string describe(const std::vector<Visit>& visits) {
 
 TEST(TreeIterator, MatchesRecursiveWalkForwardAndBackward) {
     std::mt19937 random(20261122);
-    const ZkTreeIterator::TraversalOrder orders[] = {ZkTreeIterator::PRE_ORDER,
-                                                     ZkTreeIterator::POST_ORDER,
-                                                     ZkTreeIterator::PRE_AND_POST_ORDER};
+    const ZkTreeIterator::TraversalOrder orders[] = {
+        ZkTreeIterator::PRE_ORDER, ZkTreeIterator::POST_ORDER, ZkTreeIterator::PRE_AND_POST_ORDER};
     for (int trial = 0; trial < 200; ++trial) {
         ZkPtr<ZkDocument> doc(new ZkDocument());
         // Roots of every kind: element, text leaf, fragment.

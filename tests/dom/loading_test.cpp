@@ -1,10 +1,9 @@
 // The loading getters against a document that loads one node per step.
 #include "domtest.h"
 
+#include <gtest/gtest.h>
 #include <zkcommon/dom/iterator.h>
 #include <zkcommon/dom/nodelist.h>
-
-#include <gtest/gtest.h>
 
 using namespace ZkCommonNS;
 using namespace domtest;
@@ -13,9 +12,9 @@ namespace {
 
 // <root><a>one<b/></a>two<c/></root>
 std::vector<Event> sampleEvents() {
-    return {{Event::Start, u"root"}, {Event::Start, u"a"},   {Event::Text, u"one"},
-            {Event::Start, u"b"},    {Event::End, nullptr},  {Event::End, nullptr},
-            {Event::Text, u"two"},   {Event::Start, u"c"},   {Event::End, nullptr},
+    return {{Event::Start, u"root"}, {Event::Start, u"a"},         {Event::Text, u"one"},
+            {Event::Start, u"b"},    {Event::End, nullptr},        {Event::End, nullptr},
+            {Event::Text, u"two"},   {Event::Start, u"c"},         {Event::End, nullptr},
             {Event::End, nullptr},   {Event::EndDocument, nullptr}};
 }
 

@@ -2,14 +2,12 @@
 // document order and inherited positions.
 #include "domtest.h"
 
+#include <functional>
+#include <gtest/gtest.h>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/documentfragment.h>
 #include <zkcommon/dom/nodelist.h>
 #include <zkcommon/values/value.h>
-
-#include <gtest/gtest.h>
-
-#include <functional>
 
 using namespace ZkCommonNS;
 using namespace domtest;
@@ -132,8 +130,9 @@ TEST(Node, InsertBeforePositions) {
         SCOPED_TRACE(test.ref ? test.ref : "null");
         Tree t;
         ZkPtr<ZkElement> x = t.doc->createElement(ZkName(u"x"));
-        ZkNode* ref =
-            test.ref ? t.root->getChildNodeByName(ZkName(UnicodeString::fromUTF8(test.ref))) : nullptr;
+        ZkNode* ref = test.ref
+                          ? t.root->getChildNodeByName(ZkName(UnicodeString::fromUTF8(test.ref)))
+                          : nullptr;
         EXPECT_EQ(t.root->insertBefore(x, ref), x.get());
         EXPECT_EQ(childNames(t.root), test.expected);
         EXPECT_EQ(t.root->getLastChildFast()->getNextLink(), t.root->getFirstChildFast());

@@ -2,12 +2,11 @@
 // document's own node kinds.
 #include "domtest.h"
 
+#include <gtest/gtest.h>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/documentfragment.h>
 #include <zkcommon/dom/processinginstruction.h>
 #include <zkcommon/values/value.h>
-
-#include <gtest/gtest.h>
 
 using namespace ZkCommonNS;
 using namespace domtest;

@@ -1,9 +1,7 @@
 // ZkXmlUtil: qualified names.
-#include <zkcommon/xml/xmlutil.h>
-
 #include <gtest/gtest.h>
-
 #include <string>
+#include <zkcommon/xml/xmlutil.h>
 
 using namespace ZkCommonNS;
 
@@ -46,8 +44,8 @@ TEST(XmlUtil, SplitQName) {
         const char* prefix;
         const char* local;
     } cases[] = {
-        {u"a", "", "a"},       {u"p:a", "p", "a"},   {u"p:a:b", "p", "a:b"},
-        {u":a", "", ":a"},     {u"p:", "p", ""},     {u"", "", ""},
+        {u"a", "", "a"},   {u"p:a", "p", "a"}, {u"p:a:b", "p", "a:b"},
+        {u":a", "", ":a"}, {u"p:", "p", ""},   {u"", "", ""},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(utf8(test.qname));

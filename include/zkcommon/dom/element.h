@@ -76,8 +76,7 @@ public:
     virtual bool hasAttributeNS(ZkName uri, ZkName local) const;
     virtual bool hasAttributeLocal(ZkName local) const;
     /// Stores `text` as a string value through the four-argument setAttributeNS.
-    virtual void setAttributeEx(ZkName uri, ZkName prefix, ZkName local,
-                                const UnicodeString& text);
+    virtual void setAttributeEx(ZkName uri, ZkName prefix, ZkName local, const UnicodeString& text);
 
     /// The values of all attributes of that local name in order; a null `out` does nothing.
     void getAttributeLocal(ZkName local, std::vector<ZkValue>* out) const;

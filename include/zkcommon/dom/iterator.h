@@ -1,4 +1,5 @@
-// ZkNodeIterator, a cursor over any iterable, and ZkTreeIterator, the walk with pre and post visits.
+// ZkNodeIterator, a cursor over any iterable, and ZkTreeIterator, the walk with pre and post
+// visits.
 #ifndef ZKCOMMON_DOM_ITERATOR_H
 #define ZKCOMMON_DOM_ITERATOR_H
 

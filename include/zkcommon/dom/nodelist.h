@@ -63,8 +63,8 @@ class ZKCOMMON_API TreeNodeList : public ZkNodeList {
 
 public:
     enum FilterMode {
-        ALL_NODES = 0,        ///< every descendant, whatever its kind
-        ELEMENTS_BY_NAME = 1, ///< elements by local name
+        ALL_NODES = 0,          ///< every descendant, whatever its kind
+        ELEMENTS_BY_NAME = 1,   ///< elements by local name
         ELEMENTS_BY_NAME_NS = 2 ///< elements by namespace URI and local name
     };
 
