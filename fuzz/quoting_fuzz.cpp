@@ -1,14 +1,13 @@
 // Fuzzes the text readers of ZkUtil and ZkChar: quoted strings in every mode, Base64 decoding,
 // NCName unescaping and CSS identifier repair, with their round-trip invariants.
 // Input: one byte choosing the quote mode, then UTF-8 text.
-#include <zkcommon/core/char.h>
-#include <zkcommon/text/util.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <sstream>
 #include <string>
+#include <zkcommon/core/char.h>
+#include <zkcommon/text/util.h>
 
 using namespace ZkCommonNS;
 
@@ -25,8 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1 || size > 4096)
         return 0;
     const int mode = data[0] & 63;
-    UnicodeString text = UnicodeString::fromUTF8(
-        std::string(reinterpret_cast<const char*>(data + 1), size - 1));
+    UnicodeString text =
+        UnicodeString::fromUTF8(std::string(reinterpret_cast<const char*>(data + 1), size - 1));
     const char16_t* start = text.getTerminatedBuffer();
 
     // Reading never runs past the terminating zero.

@@ -129,11 +129,7 @@ ZkValue::ZkValue(ZkNamedValueMap* map) noexcept {
     }
 }
 
-ZkValue::ZkValue(const ZkValue& other) : m_payload(other.m_payload), m_tag(other.m_tag) {
-    acquirePayload();
-}
-
-ZkValue& ZkValue::operator=(const ZkValue& other) {
+ZkValue& ZkValue::assignOwning(const ZkValue& other) {
     if (this != &other) {
         // Copy first: `other` may live inside the container this value is about to release.
         ZkValue copy(other);

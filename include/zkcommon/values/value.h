@@ -75,7 +75,11 @@ public:
     /// A colour value (unit 24). Defined with the colours.
     ZkValue(const ZkColor& color);
 
-    ZkValue(const ZkValue& other);
+    /// A Null, Integer, Real or Name value is copied as two words, without a call.
+    ZkValue(const ZkValue& other) : m_payload(other.m_payload), m_tag(other.m_tag) {
+        if ((m_tag & 7) >= ValueString)
+            acquirePayload();
+    }
     ZkValue(ZkValue&& other) noexcept : m_payload(other.m_payload), m_tag(other.m_tag) {
         other.m_payload.bits = 0;
         other.m_tag = 0;
@@ -84,7 +88,14 @@ public:
         if ((m_tag & 7) >= ValueString)
             releasePayload();
     }
-    ZkValue& operator=(const ZkValue& other);
+    ZkValue& operator=(const ZkValue& other) {
+        if ((m_tag & 7) < ValueString && (other.m_tag & 7) < ValueString) {
+            m_payload = other.m_payload;
+            m_tag = other.m_tag;
+            return *this;
+        }
+        return assignOwning(other);
+    }
     ZkValue& operator=(ZkValue&& other) noexcept;
     /// Assigns NULL_VALUE (a name kept in the tag goes too).
     void clear() noexcept;
@@ -301,6 +312,7 @@ private:
     };
 
     void releasePayload() noexcept;
+    ZkValue& assignOwning(const ZkValue& other);
     void acquirePayload();
     float numberAsFloat() const noexcept {
         return getValueType() == ValueReal ? m_payload.real : static_cast<float>(m_payload.integer);
