@@ -10,6 +10,7 @@
 #include "zkcommon/values/length.h"
 
 #include <cstdint>
+#include <type_traits>
 #include <vector>
 
 namespace ZkCommonNS {
@@ -72,6 +73,10 @@ public:
     ZkValue(ZkRCObject* object) noexcept;
     ZkValue(ZkValueArray* array) noexcept;
     ZkValue(ZkNamedValueMap* map) noexcept;
+    /// Any other pointer would silently become the name true through the bool constructor.
+    template <class T, class = std::enable_if_t<!std::is_base_of<ZkRCObject, T>::value>>
+    ZkValue(const T* pointer) = delete;
+    ZkValue(const ZkRCObject* object) = delete;
     /// A colour value (unit 24). Defined with the colours.
     ZkValue(const ZkColor& color);
 
