@@ -37,7 +37,11 @@ ZkElement::ZkElement(ZkDocument* ownerDocument)
       m_elementId(ownerDocument ? ownerDocument->m_nextElementId++ : 0), m_sourceLine(-1),
       m_sourceColumn(-1) {}
 
-ZkElement::~ZkElement() = default;
+ZkElement::~ZkElement() {
+    // A map that outlives its element must not keep attributes that point back at it.
+    if (m_attributes && m_attributes->getRefCount() > 1)
+        static_cast<AttrNodeMap*>(m_attributes.get())->detachFromOwner();
+}
 
 int ZkElement::getNodeType() const {
     return ELEMENT_NODE;

@@ -9,11 +9,18 @@ namespace ZkCommonNS {
 AttrNodeMap::AttrNodeMap(ZkElement* owner) : m_anchor(owner) {}
 
 AttrNodeMap::~AttrNodeMap() {
+    clear();
+}
+
+void AttrNodeMap::clear() {
     if (ringEmpty())
         return;
     ZkNode* last = m_anchor;
     ZkNode* node = last->m_next;
     m_anchor = last->m_parent;
+    m_byName.clear();
+    m_byNamespace.clear();
+    // From first to last; each attribute loses its links before the map's reference goes.
     for (;;) {
         ZkNode* next = node->m_next;
         const bool wasLast = node == last;
@@ -25,6 +32,11 @@ AttrNodeMap::~AttrNodeMap() {
             break;
         node = next;
     }
+}
+
+void AttrNodeMap::detachFromOwner() {
+    clear();
+    m_anchor = nullptr;
 }
 
 bool AttrNodeMap::ringEmpty() const {
@@ -89,7 +101,7 @@ void AttrNodeMap::getNamedItemLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* ou
 // --- changes ------------------------------------------------------------------------------------
 
 void AttrNodeMap::addNode(ZkAttr* attr) {
-    if (!attr || attr->m_parent)
+    if (!attr || attr->m_parent || !m_anchor)
         return;
     attr->addRef();
     ZkNode* owner = ringEmpty() ? m_anchor : static_cast<ZkAttr*>(m_anchor)->getOwnerElement();

@@ -442,11 +442,13 @@ int storedColumn(const ZkNode* node) {
 
 // The previous sibling's number, else the parent's, each of them by the same rule: unrolled into
 // a loop so that a long run of siblings costs no stack.
+// The raw links are read: an attribute thereby walks back along its ring to its owner element
+// and reports the element's position.
 int inheritedPosition(const ZkNode* node, int (*stored)(const ZkNode*)) {
     for (;;) {
-        const ZkNode* next = node->getPreviousSibling();
+        const ZkNode* next = node->getPreviousSiblingFast();
         if (!next)
-            next = node->getParentNode();
+            next = node->getParentNodeFast();
         if (!next)
             return -1;
         const int value = stored(next);

@@ -419,3 +419,38 @@ TEST(Element, PrefixChangeRenames) {
     EXPECT_EQ(attr->getNodeName(), ZkName(u"a"));
     EXPECT_EQ(attr->getNamespaceUri(), ZkName(u"urn:u"));
 }
+
+TEST(Element, AttributeReportsElementPosition) {
+    Fixture f;
+    f.e->setSourceLineNumber(12);
+    f.e->setSourceColumnNumber(5);
+    f.e->setAttribute(ZkName(u"a"), ZkValue(1));
+    f.e->setAttribute(ZkName(u"b"), ZkValue(2));
+    ZkAttr* b = f.e->getAttributeNode(ZkName(u"b"));
+    EXPECT_EQ(b->getSourceLineNumber(), 12);
+    EXPECT_EQ(b->getSourceColumnNumber(), 5);
+    ZkPtr<ZkAttr> loose = f.doc->createAttribute(ZkName(u"loose"));
+    EXPECT_EQ(loose->getSourceLineNumber(), -1);
+    f.doc->setBaseUri(u"http://example.com/x/");
+    f.e->setAttribute(ZkName(u"xml:base"), ZkValue(u"y/"));
+    EXPECT_EQ(utf8(b->getBaseUri()), "http://example.com/x/y/") << "the owner element's";
+    EXPECT_EQ(utf8(loose->getBaseUri()), "http://example.com/x/") << "the document's";
+}
+
+TEST(Element, HeldMapAndAttributeOutliveElement) {
+    ZkPtr<ZkNamedNodeMap> map;
+    ZkPtr<ZkAttr> attr;
+    {
+        ZkPtr<ZkDocument> doc(new ZkDocument());
+        ZkPtr<ZkElement> element = doc->createElement(ZkName(u"e"));
+        element->setAttribute(ZkName(u"a"), ZkValue(1));
+        element->setAttribute(ZkName(u"b"), ZkValue(2));
+        map = element->getAttributes();
+        attr = element->getAttributeNode(ZkName(u"b"));
+    }
+    EXPECT_EQ(attr->getOwnerElement(), nullptr);
+    EXPECT_EQ(attr->getValue().getIntegerValue(0), 2);
+    EXPECT_EQ(map->getCount(), 0);
+    EXPECT_EQ(map->getFirstNode(), nullptr);
+    EXPECT_EQ(map->getNamedItem(ZkName(u"a")), nullptr);
+}

@@ -62,7 +62,7 @@ public:
 
     /// Links `attr` at the end of the ring and offers it to both maps, where an existing key
     /// stays as it was. The caller checked that no attribute of that identity exists. A null
-    /// `attr` or one that already has an owner element is ignored.
+    /// `attr`, one that already has an owner element, or a map without owner ignores the call.
     void addNode(ZkAttr* attr);
     /// Re-enters `attr` under its qualified name after `prefix` replaced its prefix; its place
     /// on the ring stays. Ignored for null or an attribute of another map.
@@ -71,6 +71,11 @@ public:
     /// result. Null when there is no such name. `attr` itself must not be null.
     ZkPtr<ZkAttr> removeNode(ZkAttr* attr);
     bool isEmpty() const { return m_byName.empty() && m_byNamespace.empty(); }
+    /// Detaches and releases every attribute; the map is empty and keeps its owner.
+    void clear();
+    /// Empties the map and forgets its owner, which is going away while someone else still
+    /// holds the map; attributes can no longer be added.
+    void detachFromOwner();
 
 private:
     using NamespaceKey = std::pair<ZkNameEnum, ZkNameEnum>;
