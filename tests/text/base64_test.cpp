@@ -93,3 +93,23 @@ TEST(ZkUtilBase64, FailedStreamGivesEmptyText) {
     in.setstate(std::ios::failbit);
     EXPECT_TRUE(ZkUtil::encodeBase64(in, 4).isEmpty());
 }
+
+TEST(ZkUtilBase64, WrappedAndUnwrappedTextDecodeAlike)
+{
+    std::string data;
+    for (int i = 0; i < 5000; ++i)
+        data.push_back(static_cast<char>((i * 131 + 17) & 0xFF));
+    std::istringstream in(data);
+    UnicodeString encoded = ZkUtil::encodeBase64(in);
+    // Breaks at every line width from 1 to 80, so that the skipped characters meet every
+    // position inside a group and the fast and the careful path take turns.
+    for (int width = 1; width <= 80; ++width) {
+        SCOPED_TRACE(width);
+        UnicodeString wrapped;
+        for (int i = 0; i < encoded.length(); i += width) {
+            wrapped.append(encoded, i, width);
+            wrapped.append(width % 3 == 0 ? u"\r\n" : u" ");
+        }
+        EXPECT_EQ(decode(wrapped), data);
+    }
+}
