@@ -214,9 +214,11 @@ public:
     ZkName toZkName() const;
     /// The text of a Name or a String, otherwise the empty string.
     UnicodeString getStringValue() const;
-    /// The colour of a colour value; the invalid colour otherwise. Defined with the colours.
+    /// The colour of a colour value, a colour name or colour text; on failure the transparent
+    /// colour, or the invalid one with `invalidOnFail`. getColorValue() is
+    /// getColorValue(false). Both are defined with the value parser's colour code.
     ZkColor getColorValue() const;
-    ZkColor getColorValue(bool strict) const;
+    ZkColor getColorValue(bool invalidOnFail) const;
 
     /// The printed form (see the type's rules); Null prints empty.
     UnicodeString toString() const;
