@@ -12,7 +12,8 @@ class bytes, (stacked, mixed):
   R   rotated                           1       2   Latin and the like stand upright when stacked
   R   Cc, Ps, Pe                        2       2   controls and brackets stay rotated even then
 
-and a few half-width characters that follow their full-width forms when stacked:
+Surrogate code points get no row: they never stand in text as characters. A few half-width
+characters follow their full-width forms when stacked:
 U+FF61, U+FF64, U+FF67..U+FF6F, U+FF9E, U+FF9F (16/2, like the ideographic stops and small
 kana), U+FF70 (32/2, like the prolonged sound mark) and U+2008 PUNCTUATION SPACE (8/2).
 
@@ -63,6 +64,8 @@ def open_icu(path):
 
 
 def classify(prop, cp):
+    if 0xD800 <= cp <= 0xDFFF:
+        return None  # surrogate code points never stand in text as characters: no row
     vo = prop(cp, UCHAR_VERTICAL_ORIENTATION)
     if vo == VO_UPRIGHT:
         return None

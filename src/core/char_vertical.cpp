@@ -21,6 +21,10 @@ const OrientationRow kOrientationRows[] = {
 #include "core/verticalorientation.inc"
 };
 
+// Regenerating from another Unicode version may change the count: check the rows the tests
+// name before adjusting this.
+static_assert(std::size(kOrientationRows) == 191, "the orientation table has 191 rows");
+
 struct CodeRange {
     UChar32 first;
     UChar32 last;
