@@ -36,6 +36,7 @@
 #include "zkcommon/dom/element.h"
 #include "zkcommon/dom/fwd.h"
 #include "zkcommon/dom/iterator.h"
+#include "zkcommon/dom/loadsource.h"
 #include "zkcommon/dom/namednodemap.h"
 #include "zkcommon/dom/namespacemanager.h"
 #include "zkcommon/dom/node.h"

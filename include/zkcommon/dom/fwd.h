@@ -25,6 +25,8 @@ class ZkNodeIterator;
 class ZkTreeIterator;
 class ZkCssDeclarationDebugInfo;
 class ZkCssDebugBlock;
+class ZkNamespaceMap;
+class ZkNamespaceManager;
 } // namespace ZkCommonNS
 
 #endif // ZKCOMMON_DOM_FWD_H
