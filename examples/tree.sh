@@ -9,3 +9,6 @@ echo
 echo "\$ zk tree --walk both"
 "$ZK" tree --walk both
 echo
+echo "\$ zk tree --pull"
+"$ZK" tree --pull
+echo

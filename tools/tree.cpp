@@ -2,11 +2,14 @@
 #include "command.h"
 
 #include <iostream>
+#include <memory>
 #include <string>
+#include <vector>
 #include <zkcommon/dom/attr.h>
 #include <zkcommon/dom/document.h>
 #include <zkcommon/dom/element.h>
 #include <zkcommon/dom/iterator.h>
+#include <zkcommon/dom/loadsource.h>
 #include <zkcommon/dom/namednodemap.h>
 #include <zkcommon/dom/processinginstruction.h>
 #include <zkcommon/dom/text.h>
@@ -154,6 +157,98 @@ int printWalk(const ZkDocument* doc, const std::string& orderName) {
     return 0;
 }
 
+// A few parser events, given as a list: start tags by name, end tags, text.
+class ListSource : public ZkLoadEventSource {
+public:
+    struct Item {
+        int event;
+        const char16_t* text;
+    };
+    explicit ListSource(std::vector<Item> items) : m_items(std::move(items)) {}
+
+    int next() override {
+        if (m_popPending) {
+            --m_depth;
+            m_popPending = false;
+        }
+        if (m_position >= m_items.size())
+            return END_DOCUMENT;
+        m_current = m_items[m_position++];
+        if (m_current.event == START_TAG)
+            ++m_depth;
+        else if (m_current.event == END_TAG)
+            m_popPending = true;
+        return m_current.event;
+    }
+    int getDepth() const override { return m_depth; }
+    ZkName getNamespace() const override { return ZkName(ZKN_NS_XSL_FO); }
+    ZkName getPrefix() const override { return ZkName(u"fo"); }
+    ZkName getName() const override { return ZkName(m_current.text); }
+    UnicodeString getText() const override { return UnicodeString(m_current.text); }
+    ZkName getTarget() const override { return ZkName(); }
+    int getAttributeCount() const override { return m_current.event == START_TAG ? 0 : -1; }
+    ZkName getAttributeNamespace(int) const override { return ZkName(); }
+    ZkName getAttributePrefix(int) const override { return ZkName(); }
+    ZkName getAttributeName(int) const override { return ZkName(); }
+    UnicodeString getAttributeValue(int) const override { return UnicodeString(); }
+    int getLineNumber() const override { return static_cast<int>(m_position); }
+    int getColumnNumber() const override { return 1; }
+    void throwError(unsigned short, const UnicodeString&, const UnicodeString&) override {}
+    void pushStream(const UnicodeString&, ZkName, const UnicodeString&) override {}
+
+private:
+    std::vector<Item> m_items;
+    Item m_current{END_DOCUMENT, nullptr};
+    size_t m_position = 0;
+    int m_depth = 0;
+    bool m_popPending = false;
+};
+
+// A document that tells each node its loader adds.
+class TellingDocument : public ZkDocument {
+public:
+    ZkNode* loadNextNode() override {
+        ZkNode* node = ZkDocument::loadNextNode();
+        std::cout << "    load step " << ++m_steps << ": "
+                  << (node ? describe(node, /*withUri=*/false) : std::string("end")) << "\n";
+        return node;
+    }
+
+private:
+    int m_steps = 0;
+};
+
+// Walks a document in pull mode: the walk's getters call the loader only when the next answer
+// isn't in memory yet, so loading and reading interleave.
+int printPull() {
+    using Item = ListSource::Item;
+    const int start = ZkLoadEventSource::START_TAG, end = ZkLoadEventSource::END_TAG,
+              text = ZkLoadEventSource::TEXT;
+    ZkPtr<TellingDocument> doc(new TellingDocument());
+    doc->setLoadSource(std::make_unique<ListSource>(std::vector<Item>{{start, u"root"},
+                                                                      {start, u"page-sequence"},
+                                                                      {start, u"flow"},
+                                                                      {start, u"block"},
+                                                                      {text, u"first"},
+                                                                      {end, nullptr},
+                                                                      {start, u"block"},
+                                                                      {text, u"second"},
+                                                                      {end, nullptr},
+                                                                      {end, nullptr},
+                                                                      {end, nullptr},
+                                                                      {end, nullptr}}));
+    doc->setPullMode(true);
+    doc->load();
+    std::cout << "load() returned; children in memory: "
+              << (doc->hasChildNodesFast() ? "some" : "none") << "\n";
+    ZkTreeIterator walk(doc, nullptr, false, ZkTreeIterator::PRE_ORDER);
+    while (ZkNode* node = walk.nextNode()) {
+        if (node != doc.get())
+            std::cout << "visit " << describe(node, /*withUri=*/false) << "\n";
+    }
+    return 0;
+}
+
 int treeCommand(const Args& args) {
     ZkPtr<ZkDocument> doc = buildDemo();
     if (args.empty()) {
@@ -162,12 +257,14 @@ int treeCommand(const Args& args) {
     }
     if (args.size() == 2 && args[0] == "--walk")
         return printWalk(doc, args[1]);
+    if (args.size() == 1 && args[0] == "--pull")
+        return printPull();
     return usage("tree");
 }
 
-const Registration s_tree({"tree", "tree [--walk pre|post|both]",
+const Registration s_tree({"tree", "tree [--walk pre|post|both | --pull]",
                            "builds a small XSL-FO tree by hand and prints it with its attributes, "
-                           "or the visits of a tree walk over it",
+                           "the visits of a tree walk over it, or a walk that pulls the loader",
                            treeCommand});
 
 } // namespace
