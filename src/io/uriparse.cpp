@@ -79,10 +79,11 @@ std::atomic<detail::CatalogUriResolver> s_catalogResolver{nullptr};
 
 int32_t detail::uriSchemeLimit(const UnicodeString& text) noexcept {
     int32_t length = text.length();
-    if (length < 3 || !isAsciiAlpha(text.charAt(0)))
+    const char16_t* chars = text.getBuffer();
+    if (length < 3 || !chars || !isAsciiAlpha(chars[0]))
         return -1;
     for (int32_t i = 1; i < length; ++i) {
-        char16_t c = text.charAt(i);
+        char16_t c = chars[i];
         if (c == u':')
             return i >= 2 ? i : -1;
         if (!isAsciiAlpha(c) && !isAsciiDigit(c) && c != u'+' && c != u'-' && c != u'.')
@@ -93,10 +94,13 @@ int32_t detail::uriSchemeLimit(const UnicodeString& text) noexcept {
 
 bool detail::uriStartsWith(const UnicodeString& text, int32_t start, const char* prefix) noexcept {
     int32_t length = text.length();
+    const char16_t* chars = text.getBuffer();
+    if (!chars)
+        return false;
     for (int32_t i = 0; prefix[i]; ++i) {
         if (start + i >= length)
             return false;
-        char16_t c = text.charAt(start + i);
+        char16_t c = chars[start + i];
         char16_t p = static_cast<char16_t>(prefix[i]);
         if (c != p && !(isAsciiAlpha(p) && (c | 0x20) == (p | 0x20)))
             return false;
@@ -336,39 +340,61 @@ UnicodeString ZkUri::removeFragment(bool returnFragment) {
 // ---------------------------------------------------------------------------------------------
 // Characters and escaping
 
-bool ZkUri::isValidUriChar(UChar32 c) noexcept {
-    if (c >= 0xA0)
-        return true;
+namespace {
+
+// The ASCII characters a URI may hold as they are; everything from U+00A0 up is valid too.
+constexpr bool isValidAscii(unsigned c) noexcept {
     if (c < 0x21 || c > 0x7E)
         return false;
     switch (c) {
-    case u'"':
-    case u'<':
-    case u'>':
-    case u'\\':
-    case u'^':
-    case u'`':
-    case u'{':
-    case u'|':
-    case u'}':
+    case '"':
+    case '<':
+    case '>':
+    case '\\':
+    case '^':
+    case '`':
+    case '{':
+    case '|':
+    case '}':
         return false;
     default:
         return true;
     }
 }
 
+struct ValidAsciiTable {
+    bool valid[128];
+    constexpr ValidAsciiTable() : valid() {
+        for (unsigned c = 0; c < 128; ++c)
+            valid[c] = isValidAscii(c);
+    }
+};
+
+constexpr ValidAsciiTable kValidAscii;
+
+} // namespace
+
+bool ZkUri::isValidUriChar(UChar32 c) noexcept {
+    if (c >= 0xA0)
+        return true;
+    return c >= 0 && c < 128 && kValidAscii.valid[c];
+}
+
 bool ZkUri::isValidUri(const UnicodeString& text) {
     if (detail::uriSchemeLimit(text) >= 0)
         return true;
+    // Code units suffice: every unit of a supplementary character is above U+00A0.
+    const char16_t* chars = text.getBuffer();
     int32_t length = text.length();
-    for (int32_t i = 0; i < length;) {
-        UChar32 c = text.char32At(i);
-        if (!isValidUriChar(c))
+    for (int32_t i = 0; i < length; ++i) {
+        char16_t c = chars[i];
+        if (c >= 0xA0)
+            continue;
+        if (c >= 128 || !kValidAscii.valid[c])
             return false;
-        if (c == u'%' && (i + 2 >= length || hexValue(text.charAt(i + 1)) < 0 ||
-                          hexValue(text.charAt(i + 2)) < 0))
+        if (c == u'%' &&
+            (i + 2 >= length || hexValue(chars[i + 1]) < 0 || hexValue(chars[i + 2]) < 0))
             return false;
-        i += U16_LENGTH(c);
     }
     return true;
 }

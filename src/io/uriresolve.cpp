@@ -3,6 +3,8 @@
 #include "io/uriimpl.h"
 #include "zkcommon/io/uri.h"
 
+#include <algorithm>
+
 namespace ZkCommonNS {
 
 namespace {
@@ -21,25 +23,19 @@ bool regionEquals(const UnicodeString& text, int32_t start, int32_t length, cons
     return i == length && word[i] == 0;
 }
 
-// Removes "/./", and each "/../" with the segment before it, from the left, in one pass over
-// the segments. A "/.." with no segment before it (or one that is itself ".." or empty) stays:
-// nothing is invented above the root. A first segment without a slash before it ("./a") is
-// left for the caller.
-void normalizePath(UnicodeString& path) {
-    int32_t length = path.length();
-    if (length == 0)
-        return;
-    const char16_t* chars = path.getBuffer();
+// Appends `chars` to `out` while removing "/./", and each "/../" with the segment before it,
+// from the left, in one pass over the segments. Nothing before `floor` in `out` is touched. A
+// "/.." with no segment before it (or one that is itself ".." or empty) stays: nothing is
+// invented above the root. A first segment without a slash before it ("./a") is left for the
+// caller.
+void normalizeInto(UnicodeString& out, int32_t floor, const char16_t* chars, int32_t length) {
     auto isDot = [chars](int32_t start, int32_t limit) {
         return limit - start == 1 && chars[start] == u'.';
     };
     auto isDotDot = [chars](int32_t start, int32_t limit) {
         return limit - start == 2 && chars[start] == u'.' && chars[start + 1] == u'.';
     };
-    UnicodeString out;
-    out.getBuffer(length + 1);
-    out.releaseBuffer(0);
-    for (int32_t start = 0, index = 0;; ++index) {
+    for (int32_t start = 0, index = 0; length > 0; ++index) {
         int32_t limit = start;
         while (limit < length && chars[limit] != u'/')
             ++limit;
@@ -51,7 +47,11 @@ void normalizePath(UnicodeString& path) {
             keep = false;
         } else if (index > 0 && slashAfter && isDotDot(start, limit)) {
             int32_t outLength = out.length();
-            int32_t previousStart = out.lastIndexOf(u'/', 0, outLength - 1) + 1;
+            int32_t previousStart = outLength - 1 > floor
+                                        ? out.lastIndexOf(u'/', floor, outLength - 1 - floor) + 1
+                                        : floor;
+            if (previousStart < floor)
+                previousStart = floor;
             int32_t previousLength = outLength - 1 - previousStart;
             bool previousIsDotDot = previousLength == 2 && out.charAt(previousStart) == u'.' &&
                                     out.charAt(previousStart + 1) == u'.';
@@ -69,7 +69,15 @@ void normalizePath(UnicodeString& path) {
             break;
         start = limit + 1;
     }
-    path = out;
+}
+
+bool hasAsciiCapital(const UnicodeString& text, int32_t limit) {
+    for (int32_t i = 0; i < limit; ++i) {
+        char16_t c = text.charAt(i);
+        if (c >= u'A' && c <= u'Z')
+            return true;
+    }
+    return false;
 }
 
 // ASCII lower case for the scheme: schemes are ASCII, and most arrive in lower case already.
@@ -81,56 +89,36 @@ void lowerAsciiPrefix(UnicodeString& text, int32_t limit) {
     }
 }
 
-// Splits a base (fragment already cut) into the part that stays (scheme, authority, archive,
-// drive) and the path that the reference is merged into. `networkReference` is true for a
-// reference starting with "//", which brings its own authority.
-void splitBase(UnicodeString& work, bool networkReference, UnicodeString& host,
-               UnicodeString& path) {
-    int32_t schemeLimit = detail::uriSchemeLimit(work);
-    bool isFile = detail::uriStartsWith(work, 0, "file:");
-    bool isJar = detail::uriStartsWith(work, 0, "jar:");
-    int32_t bang = isJar ? work.lastIndexOf(u"!/") : -1;
-    if (!isJar || bang < 0) {
-        // The base's query names no part of a directory.
-        int32_t query = work.indexOf(u'?');
-        if (query >= 0)
-            work.truncate(query);
+// Where a base (up to `limit`, fragment and query already cut) splits into the part that stays
+// (scheme, authority, archive, drive) and the path that the reference is merged into.
+// `networkReference` is true for a reference starting with "//", which brings its own
+// authority.
+struct BaseParts {
+    int32_t hostLimit;
+    int32_t pathLimit;
+    bool rootPath; ///< a base of scheme and authority only: its path is "/"
+};
+
+BaseParts locateBase(const UnicodeString& base, int32_t limit, int32_t schemeLimit,
+                     bool networkReference) {
+    if (schemeLimit < 0)
+        return {0, limit, false};
+    bool isJar = detail::uriStartsWith(base, 0, "jar:");
+    int32_t bang = isJar ? base.lastIndexOf(UnicodeString(u"!/"), 0, limit) : -1;
+    if (networkReference && !isJar)
+        return {schemeLimit + 1, schemeLimit + 1, false};
+    if (bang >= 0)
+        return {bang + 1, limit, false};
+    if (detail::uriStartsWith(base, 0, "file:///"))
+        return {ZkUri::hasDriveLetter(base, 8) && limit >= 10 ? 10 : 7, limit, false};
+    if (regionEquals(base, schemeLimit + 1, 2, u"//")) {
+        int32_t authorityStart = std::min(schemeLimit + 3, limit);
+        int32_t slash = base.indexOf(u'/', authorityStart, limit - authorityStart);
+        if (slash < 0)
+            return {limit, limit, true};
+        return {slash, limit, false};
     }
-    if (schemeLimit < 0) {
-        host.remove();
-        path = work;
-        return;
-    }
-    if (networkReference && !isJar) {
-        host = UnicodeString(work, 0, schemeLimit + 1);
-        path.remove();
-        return;
-    }
-    if (isJar && bang >= 0) {
-        host = UnicodeString(work, 0, bang + 1);
-        path = UnicodeString(work, bang + 1);
-        return;
-    }
-    if (isFile && regionEquals(work, 5, 3, u"///")) {
-        int32_t pathStart = ZkUri::hasDriveLetter(work, 8) ? 10 : 7;
-        host = UnicodeString(work, 0, pathStart);
-        path = UnicodeString(work, pathStart);
-        return;
-    }
-    if (regionEquals(work, schemeLimit + 1, 2, u"//")) {
-        int32_t slash = work.indexOf(u'/', schemeLimit + 3);
-        if (slash < 0) {
-            // A base of scheme and host only: its path is "/".
-            host = work;
-            path = u"/";
-        } else {
-            host = UnicodeString(work, 0, slash);
-            path = UnicodeString(work, slash);
-        }
-        return;
-    }
-    host = UnicodeString(work, 0, schemeLimit + 1);
-    path = UnicodeString(work, schemeLimit + 1);
+    return {schemeLimit + 1, limit, false};
 }
 
 // The repairs of file references: drive letters in odd places, "file:" before a relative
@@ -228,63 +216,85 @@ UnicodeString detail::resolveUriReference(const UnicodeString& base,
     if (uriSchemeLimit(reference) >= 0)
         return reference + fragment;
 
-    UnicodeString work(base);
-    int32_t baseSharp = work.indexOf(u'#');
-    if (baseSharp >= 0)
-        work.truncate(baseSharp);
-    int32_t schemeLimit = uriSchemeLimit(work);
-    if (schemeLimit > 0)
-        lowerAsciiPrefix(work, schemeLimit);
-    // A plain file name as base ("a.xml") is a file in the current directory. A base with a
-    // scheme keeps it: "urn:a" is no relative path.
-    if (schemeLimit < 0 && work.indexOf(u'/') < 0)
-        work.insert(0, u"./");
+    // The base is read in place; only a scheme with capitals is copied to be folded.
+    UnicodeString folded;
+    const UnicodeString* basePointer = &base;
+    int32_t schemeLimit = uriSchemeLimit(base);
+    if (schemeLimit > 0 && hasAsciiCapital(base, schemeLimit)) {
+        folded = base;
+        lowerAsciiPrefix(folded, schemeLimit);
+        basePointer = &folded;
+    }
+    const UnicodeString& work = *basePointer;
+    int32_t limit = work.indexOf(u'#');
+    if (limit < 0)
+        limit = work.length();
+    // The base's query names no part of a directory.
+    int32_t baseQuery = work.indexOf(u'?', 0, limit);
+    if (baseQuery >= 0)
+        limit = baseQuery;
+    if (schemeLimit >= limit)
+        schemeLimit = -1;
 
-    const bool networkReference = reference.startsWith(u"//");
-    UnicodeString host;
-    UnicodeString path;
-    splitBase(work, networkReference, host, path);
+    const bool networkReference =
+        reference.length() >= 2 && reference.charAt(0) == u'/' && reference.charAt(1) == u'/';
+    BaseParts parts = locateBase(work, limit, schemeLimit, networkReference);
+
+    // The reference's own query and authority.
+    int32_t referenceQuery = reference.indexOf(u'?');
+    int32_t referencePathLimit = referenceQuery < 0 ? reference.length() : referenceQuery;
+    int32_t referencePathStart = 0;
     if (networkReference) {
-        // The reference's authority replaces the base's: it joins the part that stays.
-        int32_t slash = reference.indexOf(u'/', 2);
-        int32_t authorityLimit = slash < 0 ? reference.length() : slash;
-        int32_t query = reference.indexOf(u'?', 2);
-        if (query >= 0 && query < authorityLimit)
-            authorityLimit = query;
-        host.append(reference, 0, authorityLimit);
-        reference.remove(0, authorityLimit);
-        path.remove();
+        int32_t slash = reference.indexOf(u'/', 2, referencePathLimit - 2);
+        referencePathStart = slash < 0 ? referencePathLimit : slash;
     }
 
-    if (networkReference || reference.startsWith(u"/")) {
-        path = reference;
+    UnicodeString merged;
+    if (networkReference || (referencePathLimit > 0 && reference.charAt(0) == u'/')) {
+        merged.setTo(reference, referencePathStart, referencePathLimit - referencePathStart);
     } else {
-        int32_t pathLength = path.length();
-        if ((pathLength >= 2 && path.charAt(pathLength - 1) == u'.' &&
-             path.charAt(pathLength - 2) == u'/') ||
-            (pathLength >= 3 && path.charAt(pathLength - 1) == u'.' &&
-             path.charAt(pathLength - 2) == u'.' && path.charAt(pathLength - 3) == u'/'))
-            path.append(u'/');
-        int32_t slash = path.lastIndexOf(u'/');
-        path.truncate(slash + 1);
-        path.append(reference);
+        // A plain file name as base ("a.xml") is a file in the current directory. A base with
+        // a scheme keeps it: "urn:a" is no relative path.
+        const bool dotPrefix = schemeLimit < 0 && work.indexOf(u'/', 0, limit) < 0;
+        if (dotPrefix)
+            merged.append(u"./", 2);
+        if (parts.rootPath) {
+            merged.append(u'/');
+        } else {
+            int32_t pathLength = parts.pathLimit - parts.hostLimit;
+            int32_t directoryLimit = parts.pathLimit;
+            bool addSlash = false;
+            // A base ending in "/." or "/.." names a directory: the reference goes inside it.
+            if ((pathLength >= 2 && work.charAt(directoryLimit - 1) == u'.' &&
+                 work.charAt(directoryLimit - 2) == u'/') ||
+                (pathLength >= 3 && work.charAt(directoryLimit - 1) == u'.' &&
+                 work.charAt(directoryLimit - 2) == u'.' &&
+                 work.charAt(directoryLimit - 3) == u'/')) {
+                addSlash = true;
+            } else {
+                int32_t slash = work.lastIndexOf(u'/', parts.hostLimit, pathLength);
+                directoryLimit = slash < 0 ? parts.hostLimit : slash + 1;
+            }
+            merged.append(work, parts.hostLimit, directoryLimit - parts.hostLimit);
+            if (addSlash)
+                merged.append(u'/');
+        }
+        merged.append(reference, 0, referencePathLimit);
     }
-
-    // Only the path is normalised: a query keeps its dots.
-    int32_t query = path.indexOf(u'?');
-    UnicodeString queryText;
-    if (query >= 0) {
-        queryText = UnicodeString(path, query);
-        path.truncate(query);
-    }
-    normalizePath(path);
 
     UnicodeString result;
-    result.getBuffer(host.length() + path.length() + queryText.length() + fragment.length());
+    result.getBuffer(parts.hostLimit + referencePathStart + merged.length() +
+                     (reference.length() - referencePathLimit) + fragment.length());
     result.releaseBuffer(0);
-    result.append(host).append(path);
-    if (!uriStartsWith(host, 0, "file:"))
-        result.append(queryText);
+    result.append(work, 0, parts.hostLimit);
+    if (networkReference) {
+        // The reference's authority replaces the base's: it joins the part that stays.
+        result.append(reference, 0, referencePathStart);
+    }
+    // Only the path is normalised: a query keeps its dots.
+    normalizeInto(result, result.length(), merged.getBuffer(), merged.length());
+    if (referenceQuery >= 0 && !uriStartsWith(work, 0, "file:"))
+        result.append(reference, referenceQuery, reference.length() - referenceQuery);
     if (result.length() >= 2 && result.charAt(0) == u'.' && result.charAt(1) == u'/')
         result.remove(0, 2);
     return result.append(fragment);
