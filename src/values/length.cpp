@@ -50,15 +50,6 @@ float getUnitFactor(ZkUnitType unit) noexcept {
     return index >= 0 && index < kUnitTypeCount ? s_factors.factor[index] : 0.0f;
 }
 
-bool isAbsoluteLengthUnit(ZkUnitType unit) noexcept {
-    return getUnitFactor(unit) != 0.0f;
-}
-
-bool isRelativeLengthUnit(ZkUnitType unit) noexcept {
-    return (unit >= UnitEm && unit <= UnitPx) || (unit >= UnitRem && unit <= UnitLines) ||
-           (unit >= UnitDcem && unit <= UnitIc);
-}
-
 ZkLength::ZkLength(float value, ZkUnitType unit) noexcept {
     float factor = getUnitFactor(unit);
     m_points = factor != 0.0f ? value * factor : std::numeric_limits<float>::quiet_NaN();

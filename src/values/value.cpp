@@ -212,29 +212,6 @@ void ZkValue::assignKeepingName(const ZkValue& other) {
 
 // Predicates --------------------------------------------------------------------------------
 
-bool ZkValue::isNumberOrPercentage() const noexcept {
-    ZkUnitType unit = getUnitType();
-    return isNumeric() && (unit == UnitNumber || unit == UnitPercent || unit == UnitPercent2);
-}
-
-bool ZkValue::isPercentage() const noexcept {
-    ZkUnitType unit = getUnitType();
-    return isNumeric() && (unit == UnitPercent || unit == UnitPercent2);
-}
-
-bool ZkValue::isAbsoluteLength() const noexcept {
-    return isNumeric() && isAbsoluteLengthUnit(getUnitType());
-}
-
-bool ZkValue::isRelativeLength() const noexcept {
-    return isNumeric() && isRelativeLengthUnit(getUnitType());
-}
-
-bool ZkValue::isAngle() const noexcept {
-    ZkUnitType unit = getUnitType();
-    return isNumeric() && unit >= UnitDeg && unit <= UnitGrad;
-}
-
 bool ZkValue::isColor() const noexcept {
     return getUnitType() == UnitColor && (isInteger() || isCompound());
 }

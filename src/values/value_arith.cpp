@@ -86,7 +86,7 @@ void ZkValue::normalizeUnit() noexcept {
     }
 }
 
-ZkValue& ZkValue::operator+=(const ZkValue& right) noexcept {
+ZkValue& ZkValue::addGeneral(const ZkValue& right) noexcept {
     if (!isNumeric() || !right.isNumeric()) {
         setNull();
         return *this;
@@ -113,7 +113,7 @@ ZkValue& ZkValue::operator+=(const ZkValue& right) noexcept {
     return *this;
 }
 
-ZkValue& ZkValue::operator-=(const ZkValue& right) noexcept {
+ZkValue& ZkValue::subtractGeneral(const ZkValue& right) noexcept {
     if (!isNumeric() || !right.isNumeric()) {
         setNull();
         return *this;

@@ -6,7 +6,6 @@
 #include "zkcommon/core/export.h"
 
 #include <cstdint>
-#include <cstring>
 
 namespace ZkCommonNS {
 
@@ -78,10 +77,33 @@ constexpr int kUnitTypeCount = 56;
 
 /// Points per unit for the absolute lengths; 0 for every other unit and for values out of range.
 ZKCOMMON_API float getUnitFactor(ZkUnitType unit) noexcept;
-/// True for the twelve absolute lengths (cm, mm, in, pt, pc, jpt, q, dd, cc, twip, emu, pi).
-ZKCOMMON_API bool isAbsoluteLengthUnit(ZkUnitType unit) noexcept;
+namespace detail {
+constexpr uint64_t unitBit(ZkUnitType unit) {
+    return uint64_t(1) << static_cast<int>(unit);
+}
+constexpr uint64_t kAbsoluteLengthUnits = unitBit(UnitCm) | unitBit(UnitMm) | unitBit(UnitIn) |
+                                          unitBit(UnitPt) | unitBit(UnitPc) | unitBit(UnitJpt) |
+                                          unitBit(UnitQ) | unitBit(UnitDd) | unitBit(UnitCc) |
+                                          unitBit(UnitTwip) | unitBit(UnitEmu) | unitBit(UnitPi);
+constexpr uint64_t kRelativeLengthUnits =
+    unitBit(UnitEm) | unitBit(UnitEx) | unitBit(UnitPx) | unitBit(UnitRem) | unitBit(UnitVw) |
+    unitBit(UnitVh) | unitBit(UnitVmin) | unitBit(UnitVmax) | unitBit(UnitPvw) | unitBit(UnitPvh) |
+    unitBit(UnitPvmin) | unitBit(UnitPvmax) | unitBit(UnitCh) | unitBit(UnitWch) | unitBit(UnitFr) |
+    unitBit(UnitGr) | unitBit(UnitLh) | unitBit(UnitRlh) | unitBit(UnitLines) | unitBit(UnitDcem) |
+    unitBit(UnitCap) | unitBit(UnitIc);
+} // namespace detail
+
+/// True for the twelve absolute lengths (cm, mm, in, pt, pc, jpt, q, dd, cc, twip, emu, pi);
+/// false for anything else, numbers out of range included.
+inline bool isAbsoluteLengthUnit(ZkUnitType unit) noexcept {
+    return static_cast<unsigned>(unit) < 64 &&
+           ((detail::kAbsoluteLengthUnits >> static_cast<int>(unit)) & 1) != 0;
+}
 /// True for the relative lengths (em, ex, px, rem ... lines, dcem, cap, ic).
-ZKCOMMON_API bool isRelativeLengthUnit(ZkUnitType unit) noexcept;
+inline bool isRelativeLengthUnit(ZkUnitType unit) noexcept {
+    return static_cast<unsigned>(unit) < 64 &&
+           ((detail::kRelativeLengthUnits >> static_cast<int>(unit)) & 1) != 0;
+}
 
 /// An absolute length in points. NaN is auto, and also the result of every failed conversion.
 /// No heap, no unit field: a bare float.

@@ -119,11 +119,24 @@ public:
     bool isNumericalValue() const noexcept { return isNumeric() && getUnitType() != UnitChar; }
     bool isUnitNumber() const noexcept { return isNumeric() && getUnitType() != UnitNumber; }
     bool isNumber() const noexcept { return isNumeric() && getUnitType() == UnitNumber; }
-    bool isNumberOrPercentage() const noexcept;
-    bool isPercentage() const noexcept;
-    bool isAbsoluteLength() const noexcept;
-    bool isRelativeLength() const noexcept;
-    bool isAngle() const noexcept;
+    bool isNumberOrPercentage() const noexcept {
+        ZkUnitType unit = getUnitType();
+        return isNumeric() && (unit == UnitNumber || unit == UnitPercent || unit == UnitPercent2);
+    }
+    bool isPercentage() const noexcept {
+        ZkUnitType unit = getUnitType();
+        return isNumeric() && (unit == UnitPercent || unit == UnitPercent2);
+    }
+    bool isAbsoluteLength() const noexcept {
+        return isNumeric() && isAbsoluteLengthUnit(getUnitType());
+    }
+    bool isRelativeLength() const noexcept {
+        return isNumeric() && isRelativeLengthUnit(getUnitType());
+    }
+    bool isAngle() const noexcept {
+        ZkUnitType unit = getUnitType();
+        return isNumeric() && unit >= UnitDeg && unit <= UnitGrad;
+    }
     bool isCharacter() const noexcept {
         return getValueType() == ValueInteger && getUnitType() == UnitChar;
     }
@@ -257,8 +270,19 @@ public:
     // Arithmetic ---------------------------------------------------------------------------
     // A non-numeric side makes the left side Null; see the unit rules in value_arith.cpp.
 
-    ZkValue& operator+=(const ZkValue& right) noexcept;
-    ZkValue& operator-=(const ZkValue& right) noexcept;
+    /// Two Reals of one unit other than the plain number add without a call.
+    ZkValue& operator+=(const ZkValue& right) noexcept {
+        if (!isSameRealMeasure(right))
+            return addGeneral(right);
+        m_payload.real += right.m_payload.real;
+        return *this;
+    }
+    ZkValue& operator-=(const ZkValue& right) noexcept {
+        if (!isSameRealMeasure(right))
+            return subtractGeneral(right);
+        m_payload.real -= right.m_payload.real;
+        return *this;
+    }
     ZkValue& operator*=(const ZkValue& right) noexcept;
     ZkValue& operator/=(const ZkValue& right) noexcept;
     ZkValue& operator%=(const ZkValue& right) noexcept;
@@ -319,6 +343,15 @@ private:
     };
 
     void releasePayload() noexcept;
+    // Both Real with the same unit, not the plain number: the zero rules of + and - concern
+    // only plain numbers, so such values add as floats.
+    bool isSameRealMeasure(const ZkValue& right) const noexcept {
+        uint32_t kind = static_cast<uint32_t>(m_tag) & 511;
+        return kind == (static_cast<uint32_t>(right.m_tag) & 511) && (kind & 7) == ValueReal &&
+               (kind >> 3) != UnitNumber;
+    }
+    ZkValue& addGeneral(const ZkValue& right) noexcept;
+    ZkValue& subtractGeneral(const ZkValue& right) noexcept;
     ZkValue& assignOwning(const ZkValue& other);
     void acquirePayload();
     float numberAsFloat() const noexcept {
