@@ -44,6 +44,8 @@ TEST(ZkValue, ConstructorsSetTypeAndUnit) {
         {"int", ZkValue(5), ValueInteger, UnitNumber},
         {"unsigned", ZkValue(5u), ValueInteger, UnitNumber},
         {"long", ZkValue(5L), ValueInteger, UnitNumber},
+        {"long long", ZkValue(5LL), ValueInteger, UnitNumber},
+        {"size", ZkValue(sizeof(int)), ValueInteger, UnitNumber},
         {"int unit", ZkValue(5, UnitPx), ValueInteger, UnitPx},
         {"float", ZkValue(1.5f, UnitCm), ValueReal, UnitCm},
         {"double", ZkValue(1.5, UnitMm), ValueReal, UnitMm},

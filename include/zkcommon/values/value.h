@@ -52,8 +52,11 @@ public:
     ZkValue(int value, ZkUnitType unit = UnitNumber) noexcept;
     /// Reinterpreted as a signed 32-bit integer.
     ZkValue(unsigned int value) noexcept;
-    /// Narrowed to a signed 32-bit integer.
+    /// Narrowed to a signed 32-bit integer (the low 32 bits are kept).
     ZkValue(long value) noexcept;
+    ZkValue(long long value) noexcept : ZkValue(static_cast<long>(value)) {}
+    ZkValue(unsigned long value) noexcept : ZkValue(static_cast<long>(value)) {}
+    ZkValue(unsigned long long value) noexcept : ZkValue(static_cast<long>(value)) {}
     ZkValue(float value, ZkUnitType unit = UnitNumber) noexcept;
     /// Narrowed to float.
     ZkValue(double value, ZkUnitType unit = UnitNumber) noexcept;
