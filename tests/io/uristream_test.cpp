@@ -115,6 +115,14 @@ TEST(UriStream, MissingFilesAndDirectoriesGiveNull) {
         EXPECT_EQ(nullptr, in);
     }
     EXPECT_EQ(nullptr, std::unique_ptr<std::istream>(ZkUri().getIStream()));
+    // No file can be named with U+0000, written or escaped.
+    EXPECT_EQ(nullptr,
+              std::unique_ptr<std::istream>(
+                  ZkUri(UnicodeString(u"/tmp\0x", 6), ZkUri::URISTR_FILEPATH).getIStream()));
+    EXPECT_EQ(nullptr, std::unique_ptr<std::istream>(
+                           ZkUri(u"file:///tmp%00x", ZkUri::URISTR_URI).getIStream()));
+    EXPECT_EQ(nullptr, std::unique_ptr<std::ostream>(
+                           ZkUri(u"file:///tmp%00x", ZkUri::URISTR_URI).getOStream()));
 }
 
 TEST(UriStream, LongPathsOpen) {
