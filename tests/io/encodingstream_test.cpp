@@ -386,3 +386,25 @@ TEST(EncodingStreams, TablePathAfterFirstUseChangesNothing) {
     EXPECT_EQ(UnicodeString(u"y"), decodeWithRqc("y", "ISO-8859-1"));
     ZkRQCIStream::setRQCTablePath(u"");
 }
+
+TEST(EncodingStreams, LineEndsAcrossBufferRefills) {
+    // The buffer converts 4096 bytes at a time: with 2047 units before it, the CR is the last
+    // unit of one batch and its LF the first of the next.
+    UnicodeString text;
+    for (int i = 0; i < 2047; ++i)
+        text.append(u'a');
+    text.append(u"\r\nb");
+    struct Case {
+        ZkRQCOStreamBuf::LF_CONVERT mode;
+        const char* lineEnd;
+    } cases[] = {
+        {ZkRQCOStreamBuf::LF_CONVERT_CRLF, "\r\n"},
+        {ZkRQCOStreamBuf::LF_CONVERT_CR, "\r"},
+        {ZkRQCOStreamBuf::LF_CONVERT_LF, "\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.mode);
+        EXPECT_EQ(std::string(2047, 'a') + c.lineEnd + "b",
+                  encodeWithRqc(text, "US-ASCII", c.mode));
+    }
+}
