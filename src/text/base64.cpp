@@ -25,8 +25,8 @@ struct DecodeTable {
         }
         for (int i = 0; i < 10; ++i)
             value['0' + i] = static_cast<int8_t>(52 + i);
-        value['+'] = 62;
-        value['/'] = 63;
+        value[int('+')] = 62;
+        value[int('/')] = 63;
     }
 };
 

@@ -6,17 +6,9 @@
 #include "zkcommon/core/name.h"
 #include "zkcommon/dom/node.h"
 
-#include <cstddef>
 #include <unordered_map>
 
 namespace ZkCommonNS {
-
-/// Hashes a string by its own hashCode.
-struct ZKCOMMON_API ZkString_hash {
-    std::size_t operator()(const UnicodeString& text) const noexcept {
-        return static_cast<std::size_t>(text.hashCode());
-    }
-};
 
 /// A processing instruction: its local name is the target, its text the data.
 class ZKCOMMON_API ZkProcessingInstruction : public ZkNode {
