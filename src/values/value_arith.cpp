@@ -46,6 +46,27 @@ float percentFigure(const ZkValue& value) noexcept {
     }
 }
 
+struct ScalingOperands {
+    float a;
+    float b;
+    ZkUnitType ua;
+    ZkUnitType ub;
+};
+
+// The operands of * and /: both sides normalised, as figures with their units, and a percentage
+// on the left taken as a fraction of a plain number.
+ScalingOperands scalingOperands(ZkValue left, ZkValue right) noexcept {
+    left.normalizeUnit();
+    right.normalizeUnit();
+    ScalingOperands operands{asFloat(left), asFloat(right), left.getUnitType(),
+                             right.getUnitType()};
+    if (isPercentUnit(operands.ua)) {
+        operands.a /= 100.0f;
+        operands.ua = UnitNumber;
+    }
+    return operands;
+}
+
 } // namespace
 
 void ZkValue::normalizeUnit() noexcept {
@@ -175,17 +196,7 @@ ZkValue& ZkValue::operator*=(const ZkValue& right) noexcept {
         setNull();
         return *this;
     }
-    ZkValue other(right);
-    normalizeUnit();
-    other.normalizeUnit();
-    float a = numberAsFloat();
-    float b = other.numberAsFloat();
-    ZkUnitType ua = getUnitType();
-    ZkUnitType ub = other.getUnitType();
-    if (isPercentUnit(ua)) {
-        a /= 100.0f;
-        ua = UnitNumber;
-    }
+    auto [a, b, ua, ub] = scalingOperands(*this, right);
     if (isPercentUnit(ub)) {
         b /= 100.0f;
         ub = UnitNumber;
@@ -212,17 +223,7 @@ ZkValue& ZkValue::operator/=(const ZkValue& right) noexcept {
         setNull();
         return *this;
     }
-    ZkValue other(right);
-    normalizeUnit();
-    other.normalizeUnit();
-    float a = numberAsFloat();
-    float b = other.numberAsFloat();
-    ZkUnitType ua = getUnitType();
-    ZkUnitType ub = other.getUnitType();
-    if (isPercentUnit(ua)) {
-        a /= 100.0f;
-        ua = UnitNumber;
-    }
+    auto [a, b, ua, ub] = scalingOperands(*this, right);
     if (isPercentUnit(ub)) {
         becomeReal(a / (b / 100.0f), ua);
         return *this;
