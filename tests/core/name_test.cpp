@@ -1,23 +1,18 @@
 // Built-in numbering, interning, the shared table's life and names from several threads.
-#include <zkcommon/core/lock.h>
-#include <zkcommon/core/name.h>
-
-#include <gtest/gtest.h>
+#include "support.h"
 
 #include <fstream>
+#include <gtest/gtest.h>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
+#include <zkcommon/core/lock.h>
+#include <zkcommon/core/name.h>
 
 using namespace ZkCommonNS;
 
 namespace {
-
-std::string utf8(const UnicodeString& text) {
-    std::string out;
-    return text.toUTF8String(out);
-}
 
 // The data file the tables are generated from: one name a line, in number order.
 std::vector<std::string> readNameList() {
@@ -249,12 +244,12 @@ TEST_F(SharedNameTable, TwoThreadsInternConsistently) {
             // Both threads intern the same dynamic texts, in opposite orders, mixed with
             // built-in look-ups.
             int index = which == 0 ? i : kNames - 1 - i;
-            UnicodeString text = UnicodeString(u"thread-name-") + UnicodeString(char16_t(
-                u'a' + index % 26)) + UnicodeString::fromUTF8(std::to_string(index));
+            UnicodeString text = UnicodeString(u"thread-name-") +
+                                 UnicodeString(char16_t(u'a' + index % 26)) +
+                                 UnicodeString::fromUTF8(std::to_string(index));
             numbers[which][size_t(index)] = ZkNameTable::getSharedNameEnum(text);
-            numbers[which][size_t(kNames + index)] =
-                ZkNameTable::getSharedNameEnum(ZkNameTable::getBuiltinNameString(
-                    ZkNameEnum(1 + index % ZKN_BUILTIN_LAST)));
+            numbers[which][size_t(kNames + index)] = ZkNameTable::getSharedNameEnum(
+                ZkNameTable::getBuiltinNameString(ZkNameEnum(1 + index % ZKN_BUILTIN_LAST)));
             // Reading back a name while the other thread adds more.
             EXPECT_EQ(ZkNameTable::getSharedNameString(numbers[which][size_t(index)]), text);
         }

@@ -2,6 +2,8 @@
 #ifndef ZKCOMMON_TESTS_DOM_DOMTEST_H
 #define ZKCOMMON_TESTS_DOM_DOMTEST_H
 
+#include "support.h"
+
 #include <array>
 #include <memory>
 #include <string>
@@ -15,11 +17,6 @@
 namespace domtest {
 
 using namespace ZkCommonNS;
-
-inline std::string utf8(const UnicodeString& text) {
-    std::string out;
-    return text.toUTF8String(out);
-}
 
 inline std::string nameOf(const ZkNode* node) {
     if (!node)

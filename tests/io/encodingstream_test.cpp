@@ -1,6 +1,7 @@
 // The encoding streams: ZkICUIStream (ICU) and ZkRQCIStream/ZkRQCOStream (the platform
 // converter), round trips of legacy encodings byte for byte, line ends, limits, raw writes and
 // detection.
+#include "support.h"
 #include "zkcommon/io/icuistream.h"
 #include "zkcommon/io/rqcstream.h"
 
@@ -13,11 +14,6 @@
 using namespace ZkCommonNS;
 
 namespace {
-
-std::string utf8(const UnicodeString& text) {
-    std::string out;
-    return text.toUTF8String(out);
-}
 
 std::string readBytes(std::istream& in) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());

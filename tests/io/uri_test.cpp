@@ -1,5 +1,6 @@
 // ZkUri construction and the pieces of a URI: types, schemes, drive letters, path repair,
 // escaping, file names and extensions.
+#include "support.h"
 #include "zkcommon/io/uri.h"
 
 #include <gtest/gtest.h>
@@ -8,11 +9,6 @@
 using namespace ZkCommonNS;
 
 namespace {
-
-std::string utf8(const UnicodeString& text) {
-    std::string out;
-    return text.toUTF8String(out);
-}
 
 UnicodeString u(const char* text) {
     return UnicodeString::fromUTF8(text);

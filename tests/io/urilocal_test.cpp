@@ -1,5 +1,6 @@
 // Local paths of URIs, display shortening, file tests, remoteness, modules beside the program,
 // and the local path shown by error positions.
+#include "support.h"
 #include "zkcommon/core/error.h"
 #include "zkcommon/io/uri.h"
 
@@ -13,33 +14,9 @@ using namespace ZkCommonNS;
 
 namespace {
 
-std::string utf8(const UnicodeString& text) {
-    std::string out;
-    return text.toUTF8String(out);
-}
-
 UnicodeString u(const std::string& text) {
     return UnicodeString::fromUTF8(text);
 }
-
-// A fresh directory under the system's temporary directory, removed with its files.
-class TempDir {
-public:
-    TempDir() {
-        char pattern[] = "/tmp/zkuriXXXXXX";
-        m_path = ::mkdtemp(pattern);
-    }
-    ~TempDir() { std::system(("rm -rf '" + m_path + "'").c_str()); }
-    const std::string& path() const { return m_path; }
-    std::string file(const std::string& name, const std::string& content) const {
-        std::string full = m_path + "/" + name;
-        std::ofstream(full, std::ios::binary) << content;
-        return full;
-    }
-
-private:
-    std::string m_path;
-};
 
 } // namespace
 

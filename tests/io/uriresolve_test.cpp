@@ -1,5 +1,6 @@
 // Reference resolution against a base: the normal examples of RFC 3986 section 5.4.1, the
 // library's file, drive and archive repairs, and relative references.
+#include "support.h"
 #include "zkcommon/io/uri.h"
 
 #include <gtest/gtest.h>
@@ -8,11 +9,6 @@
 using namespace ZkCommonNS;
 
 namespace {
-
-std::string utf8(const UnicodeString& text) {
-    std::string out;
-    return text.toUTF8String(out);
-}
 
 struct ResolveCase {
     const char* base;

@@ -1,5 +1,6 @@
 // Opening resources through ZkUri: local files, missing files and directories, the caller's
 // resolver, output and read-write files, content information and redirections.
+#include "support.h"
 #include "zkcommon/io/uri.h"
 
 #include <cstdlib>
@@ -17,28 +18,6 @@ namespace {
 UnicodeString u(const std::string& text) {
     return UnicodeString::fromUTF8(text);
 }
-
-std::string readAll(std::istream& in) {
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-class TempDir {
-public:
-    TempDir() {
-        char pattern[] = "/tmp/zkstreamXXXXXX";
-        m_path = ::mkdtemp(pattern);
-    }
-    ~TempDir() { std::system(("rm -rf '" + m_path + "'").c_str()); }
-    const std::string& path() const { return m_path; }
-    std::string file(const std::string& name, const std::string& content) const {
-        std::string full = m_path + "/" + name;
-        std::ofstream(full, std::ios::binary) << content;
-        return full;
-    }
-
-private:
-    std::string m_path;
-};
 
 // Serves URIs ending in ".mem" with the URI text itself, in pieces.
 class MemoryResolver : public ZkUriReferenceResolver2 {

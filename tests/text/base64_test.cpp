@@ -1,4 +1,5 @@
 // Tests of the Base64 functions of ZkUtil: RFC 4648 vectors, streams, tolerant decoding.
+#include "support.h"
 #include "zkcommon/text/util.h"
 
 #include <gtest/gtest.h>
@@ -13,11 +14,6 @@ std::string decode(const UnicodeString& text) {
     std::ostringstream out;
     ZkUtil::decodeBase64(text.getBuffer(), text.length(), out);
     return out.str();
-}
-
-std::string utf8(const UnicodeString& text) {
-    std::string s;
-    return text.toUTF8String(s);
 }
 
 } // namespace
@@ -94,8 +90,7 @@ TEST(ZkUtilBase64, FailedStreamGivesEmptyText) {
     EXPECT_TRUE(ZkUtil::encodeBase64(in, 4).isEmpty());
 }
 
-TEST(ZkUtilBase64, WrappedAndUnwrappedTextDecodeAlike)
-{
+TEST(ZkUtilBase64, WrappedAndUnwrappedTextDecodeAlike) {
     std::string data;
     for (int i = 0; i < 5000; ++i)
         data.push_back(static_cast<char>((i * 131 + 17) & 0xFF));

@@ -1,5 +1,6 @@
 // Encoding names: the canonical spelling the stream layer switches on, and the name written
 // into documents.
+#include "support.h"
 #include "zkcommon/text/util.h"
 
 #include <gtest/gtest.h>
@@ -8,11 +9,6 @@
 using namespace ZkCommonNS;
 
 namespace {
-
-std::string utf8(const UnicodeString& text) {
-    std::string out;
-    return text.toUTF8String(out);
-}
 
 struct NameCase {
     const char* name;

@@ -1,4 +1,5 @@
 // Tests of the number text functions of ZkUtil and of its space helpers.
+#include "support.h"
 #include "zkcommon/text/util.h"
 
 #include <clocale>
@@ -7,15 +8,6 @@
 #include <string>
 
 using namespace ZkCommonNS;
-
-namespace {
-
-std::string utf8(const UnicodeString& text) {
-    std::string s;
-    return text.toUTF8String(s);
-}
-
-} // namespace
 
 TEST(ZkUtilNumbers, ParseDigitsOfASpan) {
     UnicodeString text(u"12a345");

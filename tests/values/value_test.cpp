@@ -1,5 +1,6 @@
 // Tests of ZkValue: layout, construction and tags, predicates, conversions, printing, lists
 // and compounds; of ZkNamedValue, ZkValueArray, ZkBool, ZkInt and ZkName from a value.
+#include "support.h"
 #include "zkcommon/text/util.h"
 #include "zkcommon/values/value.h"
 
@@ -11,11 +12,6 @@
 using namespace ZkCommonNS;
 
 namespace {
-
-std::string utf8(const UnicodeString& text) {
-    std::string s;
-    return text.toUTF8String(s);
-}
 
 // An object that says when it dies.
 class Probe : public ZkRCObject {

@@ -1,16 +1,11 @@
 // ZkXmlUtil: qualified names.
+#include "support.h"
+
 #include <gtest/gtest.h>
 #include <string>
 #include <zkcommon/xml/xmlutil.h>
 
 using namespace ZkCommonNS;
-
-namespace {
-std::string utf8(const UnicodeString& text) {
-    std::string out;
-    return text.toUTF8String(out);
-}
-} // namespace
 
 TEST(XmlUtil, MakeQName) {
     EXPECT_EQ(ZkXmlUtil::makeQName(ZkName(), ZkName(u"a")), ZkName(u"a"));
