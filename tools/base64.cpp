@@ -26,8 +26,7 @@ int base64Command(const Args& args) {
     }
     if (args[0] == "encode") {
         UnicodeString text = ZkUtil::encodeBase64(*in);
-        std::string out;
-        std::cout << text.toUTF8String(out) << "\n";
+        std::cout << utf8(text) << "\n";
     } else {
         std::string raw((std::istreambuf_iterator<char>(*in)), std::istreambuf_iterator<char>());
         UnicodeString text = UnicodeString::fromUTF8(raw);

@@ -2,6 +2,8 @@
 #ifndef ZKCOMMON_TOOLS_COMMAND_H
 #define ZKCOMMON_TOOLS_COMMAND_H
 
+#include <zkcommon/core/unicode.h>
+
 #include <string>
 #include <vector>
 
@@ -27,6 +29,9 @@ struct Registration {
 
 /// Prints "zk: " and `message` to standard error; returns 1 for use as an exit status.
 int fail(const std::string& message);
+
+/// The UTF-8 form of `text`, for printing.
+std::string utf8(const icu::UnicodeString& text);
 
 /// Prints the usage line of `command`; returns 2.
 int usage(const char* command);

@@ -31,8 +31,7 @@ int nameCommand(const Args& args) {
                 status = fail("no built-in name has the number " + arg);
                 continue;
             }
-            std::string out;
-            std::cout << text.toUTF8String(out) << "\n";
+            std::cout << utf8(text) << "\n";
         } else {
             ZkNameEnum name = ZkNameTable::getBuiltinNameEnum(UnicodeString::fromUTF8(arg));
             if (name == ZKN_EMPTY) {

@@ -20,11 +20,6 @@ namespace {
 
 using namespace ZkCommonNS;
 
-std::string utf8(const UnicodeString& text) {
-    std::string out;
-    return text.toUTF8String(out);
-}
-
 // Escapes the characters that would make the printed line ambiguous.
 std::string quoted(const UnicodeString& text) {
     std::string out = "\"";

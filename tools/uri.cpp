@@ -11,11 +11,6 @@ namespace {
 
 using namespace ZkCommonNS;
 
-std::string utf8(const UnicodeString& text) {
-    std::string out;
-    return text.toUTF8String(out);
-}
-
 UnicodeString fromArg(const std::string& arg) {
     return UnicodeString::fromUTF8(arg);
 }

@@ -33,6 +33,11 @@ int fail(const std::string& message) {
     return 1;
 }
 
+std::string utf8(const icu::UnicodeString& text) {
+    std::string out;
+    return text.toUTF8String(out);
+}
+
 int usage(const char* name) {
     for (const Command& command : commands())
         if (std::strcmp(command.name, name) == 0)
@@ -55,9 +60,7 @@ int main(int argc, char** argv) {
         try {
             return command.handler(args);
         } catch (const ZkCommonNS::ZkError& e) {
-            std::string text;
-            e.getMessage().toUTF8String(text);
-            return fail(text);
+            return fail(utf8(e.getMessage()));
         } catch (const std::exception& e) {
             return fail(e.what());
         }
