@@ -2,14 +2,12 @@
 // on the same texts in the same run.
 #include "ratio.h"
 
-#include <zkcommon/core/name.h>
-
 #include <benchmark/benchmark.h>
-#include <libxml/xmlstring.h> // before dict.h, which uses xmlChar without including it
 #include <libxml/dict.h>
-
+#include <libxml/xmlstring.h> // before dict.h, which uses xmlChar without including it
 #include <string>
 #include <vector>
+#include <zkcommon/core/name.h>
 
 using namespace ZkCommonNS;
 

@@ -3,7 +3,6 @@
 #define ZKCOMMON_BENCH_RATIO_H
 
 #include <benchmark/benchmark.h>
-
 #include <cstdio>
 #include <map>
 #include <string>

@@ -2,14 +2,12 @@
 // a property table of mixed values and summing lengths, on the same data in the same run.
 #include "ratio.h"
 
-#include <zkcommon/values/value.h>
-
 #include <benchmark/benchmark.h>
-
 #include <cstdint>
 #include <string>
 #include <variant>
 #include <vector>
+#include <zkcommon/values/value.h>
 
 using namespace ZkCommonNS;
 
@@ -30,13 +28,21 @@ const std::vector<ZkValue>& zkValues() {
         out.reserve(kCount);
         for (int i = 0; i < kCount; ++i) {
             switch (i % 10) {
-            case 0: out.emplace_back(UnicodeString(u"Times New Roman, serif")); break;
+            case 0:
+                out.emplace_back(UnicodeString(u"Times New Roman, serif"));
+                break;
             case 1:
             case 2:
-            case 3: out.emplace_back(ZkName(ZKN_auto)); break;
+            case 3:
+                out.emplace_back(ZkName(ZKN_auto));
+                break;
             case 4:
-            case 5: out.emplace_back(i % 7, UnitPx); break;
-            default: out.emplace_back(static_cast<float>(i % 13) * 0.5f, UnitPt); break;
+            case 5:
+                out.emplace_back(i % 7, UnitPx);
+                break;
+            default:
+                out.emplace_back(static_cast<float>(i % 13) * 0.5f, UnitPt);
+                break;
             }
         }
         return out;
@@ -51,7 +57,9 @@ const std::vector<PeerValue>& peerValues() {
         for (int i = 0; i < kCount; ++i) {
             PeerValue v;
             switch (i % 10) {
-            case 0: v.data = std::u16string(u"Times New Roman, serif"); break;
+            case 0:
+                v.data = std::u16string(u"Times New Roman, serif");
+                break;
             case 1:
             case 2:
             case 3:

@@ -2,10 +2,9 @@
 #ifndef ZKCOMMON_TOOLS_COMMAND_H
 #define ZKCOMMON_TOOLS_COMMAND_H
 
-#include <zkcommon/core/unicode.h>
-
 #include <string>
 #include <vector>
+#include <zkcommon/core/unicode.h>
 
 namespace zktool {
 

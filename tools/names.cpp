@@ -1,10 +1,9 @@
 // zk name: look up a built-in name by number or by text.
 #include "command.h"
 
-#include <zkcommon/core/name.h>
-
 #include <cstdlib>
 #include <iostream>
+#include <zkcommon/core/name.h>
 
 namespace zktool {
 namespace {

@@ -1,12 +1,11 @@
 // zk: the command-line front end of the library. Commands live in the other files of tools/.
 #include "command.h"
 
-#include <zkcommon/core/error.h>
-
 #include <algorithm>
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <zkcommon/core/error.h>
 
 namespace zktool {
 
@@ -26,7 +25,9 @@ void printHelp(std::ostream& out) {
 }
 } // namespace
 
-void registerCommand(const Command& command) { commands().push_back(command); }
+void registerCommand(const Command& command) {
+    commands().push_back(command);
+}
 
 int fail(const std::string& message) {
     std::cerr << "zk: " << message << "\n";

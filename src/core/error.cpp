@@ -25,8 +25,8 @@ ZkErrorLevel getErrorLevel(unsigned short code) {
 
 ZkError::ZkError() : m_code(0), m_line(-1), m_column(-1) {}
 
-ZkError::ZkError(unsigned short code, const UnicodeString& message, const UnicodeString&,
-                 int line, int column, const UnicodeString& uri)
+ZkError::ZkError(unsigned short code, const UnicodeString& message, const UnicodeString&, int line,
+                 int column, const UnicodeString& uri)
     : m_code(code), m_message(message), m_line(line), m_column(column), m_uri(uri) {}
 
 ZkError::ZkError(std::bad_alloc&, const UnicodeString&)
@@ -46,7 +46,9 @@ UnicodeString ZkError::getPositionDescription() const {
     if (m_line > 0)
         text.append(u"Line ").append(UnicodeString::fromUTF8(std::to_string(m_line))).append(u", ");
     if (m_column > 0)
-        text.append(u"Col ").append(UnicodeString::fromUTF8(std::to_string(m_column))).append(u", ");
+        text.append(u"Col ")
+            .append(UnicodeString::fromUTF8(std::to_string(m_column)))
+            .append(u", ");
     if (!m_uri.isEmpty())
         text.append(detail::uriToLocalPath(m_uri));
     return text;
@@ -134,8 +136,11 @@ void throwCommonError(ZkErrorCodeCOMMON code, int, const UnicodeString& arg1,
         message.append(u"Unexpected endTag().");
         break;
     case ZK_ERROR_END_TAG_MISMATCH:
-        message.append(u"End tag '").append(arg1).append(u"' does not match the start tag '")
-            .append(arg2).append(u"'.");
+        message.append(u"End tag '")
+            .append(arg1)
+            .append(u"' does not match the start tag '")
+            .append(arg2)
+            .append(u"'.");
         break;
     case ZK_ERROR_UNEXPECTED_DOCDECL:
         message.append(u"Unexpected docdecl().");

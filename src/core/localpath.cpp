@@ -10,7 +10,9 @@ namespace {
 std::atomic<LocalPathConverter> s_converter{nullptr};
 }
 
-void setLocalPathConverter(LocalPathConverter converter) { s_converter.store(converter); }
+void setLocalPathConverter(LocalPathConverter converter) {
+    s_converter.store(converter);
+}
 
 UnicodeString uriToLocalPath(const UnicodeString& uri) {
     LocalPathConverter converter = s_converter.load();

@@ -6,9 +6,8 @@
 
 namespace ZkCommonNS {
 
-ZkMessage::ZkMessage(const UnicodeString& pattern, const UnicodeString& a0,
-                     const UnicodeString& a1, const UnicodeString& a2, const UnicodeString& a3,
-                     const UnicodeString& a4) {
+ZkMessage::ZkMessage(const UnicodeString& pattern, const UnicodeString& a0, const UnicodeString& a1,
+                     const UnicodeString& a2, const UnicodeString& a3, const UnicodeString& a4) {
     const icu::Formattable arguments[] = {icu::Formattable(a0), icu::Formattable(a1),
                                           icu::Formattable(a2), icu::Formattable(a3),
                                           icu::Formattable(a4)};

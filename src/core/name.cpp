@@ -68,7 +68,9 @@ ZkLock& sharedTableLock() {
 }
 const bool s_builtinsBuilt = (builtins(), sharedTableLock(), true);
 
-const UnicodeString& emptyString() { return builtins().string(0); }
+const UnicodeString& emptyString() {
+    return builtins().string(0);
+}
 
 std::atomic<ZkNameTable*> s_sharedNameTable{nullptr};
 
@@ -233,11 +235,15 @@ ZkNameEnum ZkNameTable::lookupName(const UnicodeString& text) const {
     return builtin != ZKN_EMPTY ? builtin : m_impl->find(text, hash);
 }
 
-ZkNameEnum ZkNameTable::getNameLast() const { return ZkNameEnum(m_impl->last.load()); }
+ZkNameEnum ZkNameTable::getNameLast() const {
+    return ZkNameEnum(m_impl->last.load());
+}
 
 ZkName::ZkName(const UnicodeString& text) : m_name(ZkNameTable::getSharedNameEnum(text)) {}
 
-const UnicodeString& ZkName::toString() const { return ZkNameTable::getSharedNameString(m_name); }
+const UnicodeString& ZkName::toString() const {
+    return ZkNameTable::getSharedNameString(m_name);
+}
 
 bool ZkName::isLowerName() const {
     const UnicodeString& text = toString();
@@ -297,6 +303,8 @@ int ZkNameList::indexOf(ZkName name) const noexcept {
 ZkNameListInstance::ZkNameListInstance(int count)
     : m_block(count > 0 ? new ZkNameEnum[size_t(count)] : nullptr), m_list(m_block, count) {}
 
-ZkNameListInstance::~ZkNameListInstance() { delete[] m_block; }
+ZkNameListInstance::~ZkNameListInstance() {
+    delete[] m_block;
+}
 
 } // namespace ZkCommonNS

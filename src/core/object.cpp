@@ -21,7 +21,9 @@ ZkLock& libraryLock() {
 const bool s_libraryLockBuilt = (libraryLock(), true);
 } // namespace
 
-ZkMutex::ZkMutex() : m_lock(&libraryLock()) { lock(); }
+ZkMutex::ZkMutex() : m_lock(&libraryLock()) {
+    lock();
+}
 
 // C++17 has no atomic_ref; the GCC and Clang builtins give a full-barrier operation on a plain int.
 int ZkMutex::interlockedIncrement(int& value) {

@@ -30,7 +30,9 @@ ZkName ZkNamespaceMap::getUriAt(int i) const {
     return i >= 0 && i < getCount() ? ZkName(m_bindings[size_t(i)].second) : ZkName();
 }
 
-bool ZkNamespaceMap::hasPrefix(ZkName prefix) const { return find(prefix) != m_bindings.end(); }
+bool ZkNamespaceMap::hasPrefix(ZkName prefix) const {
+    return find(prefix) != m_bindings.end();
+}
 
 ZkName ZkNamespaceMap::getNamespace(ZkName prefix) const {
     auto at = find(prefix);
@@ -44,8 +46,7 @@ ZkName ZkNamespaceMap::getPrefix(ZkName uri) const {
     return ZkName();
 }
 
-ZkNamespaceManager::ZkNamespaceManager()
-    : m_nameTable(ZkNameTable::addRefSharedNameTable()) {
+ZkNamespaceManager::ZkNamespaceManager() : m_nameTable(ZkNameTable::addRefSharedNameTable()) {
     Scope bottom;
     bottom.map = new ZkNamespaceMap;
     bottom.map->setNamespace(ZKN_xml, ZKN_NS_XML);
@@ -58,7 +59,9 @@ ZkNamespaceManager::~ZkNamespaceManager() {
     ZkNameTable::releaseSharedNameTable();
 }
 
-void ZkNamespaceManager::push() { m_scopes.push_back(Scope()); }
+void ZkNamespaceManager::push() {
+    m_scopes.push_back(Scope());
+}
 
 void ZkNamespaceManager::push(ZkName prefix, ZkName name, ZkName uri) {
     push();

@@ -1,11 +1,9 @@
 // The XML error log, byte for byte, and message patterns.
+#include <gtest/gtest.h>
+#include <sstream>
 #include <zkcommon/core/error.h>
 #include <zkcommon/core/errorxml.h>
 #include <zkcommon/core/message.h>
-
-#include <gtest/gtest.h>
-
-#include <sstream>
 
 using namespace ZkCommonNS;
 
@@ -68,13 +66,11 @@ TEST(ErrorXML, Prefix) {
 
 TEST(Message, FillsArguments) {
     UnicodeString none;
-    EXPECT_EQ(ZkMessage("Element {0} in {1}.", u"fo:block", u"a.fo", none, none, none)
-                  .toString(),
+    EXPECT_EQ(ZkMessage("Element {0} in {1}.", u"fo:block", u"a.fo", none, none, none).toString(),
               u"Element fo:block in a.fo.");
     EXPECT_EQ(ZkMessage(u"{4}{3}{2}{1}{0}", u"a", u"b", u"c", u"d", u"e").toString(), u"edcba");
     // A single quote escapes, as in every ICU pattern.
-    EXPECT_EQ(ZkMessage("it''s '{0}' {0}", u"x", none, none, none, none).toString(),
-              u"it's {0} x");
+    EXPECT_EQ(ZkMessage("it''s '{0}' {0}", u"x", none, none, none, none).toString(), u"it's {0} x");
     // A bad pattern gives no exception.
     ZkMessage bad("unclosed {0", u"x", none, none, none, none);
     (void)bad.toString();

@@ -1,9 +1,7 @@
 // The error record's message and position rules, levels and the common messages.
-#include <zkcommon/core/error.h>
-
 #include <gtest/gtest.h>
-
 #include <stdexcept>
+#include <zkcommon/core/error.h>
 
 using namespace ZkCommonNS;
 
@@ -95,10 +93,10 @@ TEST(Error, AppendMessage) {
 
 TEST(Error, ThrowFatalError) {
     EXPECT_NO_THROW(ZkError().throwFatalError());
-    EXPECT_NO_THROW(ZkError(0x200, u"w", UnicodeString(), -1, -1, UnicodeString())
-                        .throwFatalError());
-    EXPECT_NO_THROW(ZkError(0x3FF, u"i", UnicodeString(), -1, -1, UnicodeString())
-                        .throwFatalError());
+    EXPECT_NO_THROW(
+        ZkError(0x200, u"w", UnicodeString(), -1, -1, UnicodeString()).throwFatalError());
+    EXPECT_NO_THROW(
+        ZkError(0x3FF, u"i", UnicodeString(), -1, -1, UnicodeString()).throwFatalError());
     try {
         ZkError(0x1FF, u"fatal", UnicodeString(), 2, 3, UnicodeString()).throwFatalError();
         FAIL() << "a fatal code must throw";

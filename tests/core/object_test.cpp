@@ -1,11 +1,9 @@
 // Reference counting, ZkPtr ownership, type numbers and the library locks.
+#include <gtest/gtest.h>
+#include <thread>
 #include <zkcommon/core/lock.h>
 #include <zkcommon/core/name.h>
 #include <zkcommon/core/object.h>
-
-#include <gtest/gtest.h>
-
-#include <thread>
 
 using namespace ZkCommonNS;
 

@@ -1,7 +1,6 @@
 // Namespace scopes: bindings, shadowing, undeclaring and the order of a scope's bindings.
-#include <zkcommon/dom/namespacemanager.h>
-
 #include <gtest/gtest.h>
+#include <zkcommon/dom/namespacemanager.h>
 
 using namespace ZkCommonNS;
 

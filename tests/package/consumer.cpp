@@ -1,7 +1,6 @@
 // Links against the library through its umbrella header and checks one name.
-#include <zkcommon/zkcommon.h>
-
 #include <cstdio>
+#include <zkcommon/zkcommon.h>
 
 int main() {
     using namespace ZkCommonNS;

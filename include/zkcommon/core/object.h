@@ -14,12 +14,14 @@ namespace ZkCommonNS {
 /// Declares the type number, isA chain and type name of a class whose direct base is `Base`.
 /// isA compares with this class's number and then asks the base statically, so the chain is
 /// resolved at compile time and walks no list at run time.
+// clang-format off
 #define ZK_DECLARE_TYPE(Class, Base, ID, Name)                                                     \
 public:                                                                                            \
     static unsigned int getStaticTypeID() { return ID; }                                           \
     unsigned int getTypeID() const override { return ID; }                                         \
     bool isA(unsigned int id) const override { return id == (ID) || Base::isA(id); }               \
     UnicodeString getTypeName() const override { return UnicodeString(true, u##Name, -1); }
+// clang-format on
 
 /// The abstract root of every run-time object of the library.
 class ZKCOMMON_API ZkObjectBase {

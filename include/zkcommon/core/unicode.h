@@ -2,12 +2,11 @@
 #ifndef ZKCOMMON_CORE_UNICODE_H
 #define ZKCOMMON_CORE_UNICODE_H
 
+#include <cstddef>
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unicode/uscript.h>
-
-#include <cstddef>
 
 namespace ZkCommonNS {
 using icu::Locale;
