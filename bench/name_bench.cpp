@@ -3,8 +3,7 @@
 #include "ratio.h"
 
 #include <benchmark/benchmark.h>
-#include <libxml/dict.h>
-#include <libxml/xmlstring.h> // before dict.h, which uses xmlChar without including it
+#include <libxml/parser.h> // the dictionary, with the xmlChar it uses
 #include <string>
 #include <vector>
 #include <zkcommon/core/name.h>
