@@ -49,16 +49,7 @@ ZkNode::~ZkNode() {
                 walk.setAtPostVisit(true); // held elsewhere: the subtree survives whole
             continue;
         }
-        ZkNode* child = node->m_lastChild;
-        node->m_lastChild = nullptr;
-        while (child) {
-            ZkNode* previous = child->m_previous;
-            child->m_parent = nullptr;
-            child->m_next = nullptr;
-            child->m_previous = nullptr;
-            child->release();
-            child = previous;
-        }
+        node->removeAllChildNodes();
     }
 }
 

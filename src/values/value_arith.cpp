@@ -323,16 +323,20 @@ ZkValue ZkValue::ceiling() const noexcept {
 
 // List-wide operations ----------------------------------------------------------------------
 
+template <class Operation> void ZkValue::applyToEachItem(Operation operation) {
+    ZkPtr<ZkValueArray> items(m_payload.array);
+    ZkValue result;
+    for (int i = 0, count = items->getCount(); i < count; ++i) {
+        ZkValue item = items->item(i);
+        operation(item);
+        result.addItem(item);
+    }
+    *this = result;
+}
+
 void ZkValue::multipleEachItem(const ZkValue& value) {
     if (isArray()) {
-        ZkPtr<ZkValueArray> items(m_payload.array);
-        ZkValue result;
-        for (int i = 0, count = items->getCount(); i < count; ++i) {
-            ZkValue item = items->item(i);
-            item.multipleEachItem(value);
-            result.addItem(item);
-        }
-        *this = result;
+        applyToEachItem([&](ZkValue& item) { item.multipleEachItem(value); });
         return;
     }
     if ((isPercentage() || value.isPercentage()) && isNumeric() && value.isNumeric()) {
@@ -346,14 +350,7 @@ void ZkValue::multipleEachItem(const ZkValue& value) {
 
 void ZkValue::devideEachItem(const ZkValue& value) {
     if (isArray()) {
-        ZkPtr<ZkValueArray> items(m_payload.array);
-        ZkValue result;
-        for (int i = 0, count = items->getCount(); i < count; ++i) {
-            ZkValue item = items->item(i);
-            item.devideEachItem(value);
-            result.addItem(item);
-        }
-        *this = result;
+        applyToEachItem([&](ZkValue& item) { item.devideEachItem(value); });
         return;
     }
     if ((isPercentage() || value.isPercentage()) && isNumeric() && value.isNumeric()) {
@@ -367,14 +364,7 @@ void ZkValue::devideEachItem(const ZkValue& value) {
 
 void ZkValue::invertItem() {
     if (isArray()) {
-        ZkPtr<ZkValueArray> items(m_payload.array);
-        ZkValue result;
-        for (int i = 0, count = items->getCount(); i < count; ++i) {
-            ZkValue item = items->item(i);
-            item.invertItem();
-            result.addItem(item);
-        }
-        *this = result;
+        applyToEachItem([](ZkValue& item) { item.invertItem(); });
         return;
     }
     *this = -*this;

@@ -354,6 +354,8 @@ private:
                (kind >> 3) != UnitNumber;
     }
     ZkValue& addGeneral(const ZkValue& right) noexcept;
+    /// Replaces a list by the list of its items, each changed by `operation`.
+    template <class Operation> void applyToEachItem(Operation operation);
     ZkValue& subtractGeneral(const ZkValue& right) noexcept;
     ZkValue& assignOwning(const ZkValue& other);
     void acquirePayload();
