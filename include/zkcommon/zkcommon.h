@@ -21,6 +21,8 @@
 #include "zkcommon/values/value.h"
 
 // text
+#include "zkcommon/text/counterstyle.h"
+#include "zkcommon/text/lang.h"
 #include "zkcommon/text/util.h"
 
 // io

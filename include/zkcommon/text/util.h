@@ -13,6 +13,7 @@
 namespace ZkCommonNS {
 
 enum ZkUnitType : int;
+class ZkLang;
 
 /// Static operations only; the class is never instantiated.
 class ZKCOMMON_API ZkUtil {
@@ -200,6 +201,38 @@ public:
     static UnicodeString getStandardEncoding(const UnicodeString& name);
     /// Whether file paths may exceed the old 260-character limit; always true on POSIX systems.
     static bool isSystemLongPathEnabled() noexcept;
+
+    // ---------------------------------------------------------------------------------------
+    // Counter styles, number formatting and kansuji: include/zkcommon/text/counterstyle.h,
+    // src/text/counterstyle*.cpp, numberformat.cpp, numerals.cpp, kansuji.cpp
+
+    /// A list-marker style of the CSS counter style model; defined in counterstyle.h.
+    class CounterStyle;
+    /// The predefined style of that name, built on first use and kept until cleanup(); null
+    /// for any other name. `data` is unused, so the function serves as a style look-up.
+    static const CounterStyle* getPredefinedCounterStyle(ZkName name, void* data);
+    /// `value` by the format token of XSL-FO and XSLT numbering ("1", "01", "a", "I", "一",
+    /// ...), with the text around the token kept. A value a system cannot write (zero or
+    /// negative for letters, past a system's range) comes out in decimal. Grouping applies
+    /// to decimal results when `separator` is not empty and `groupSize` is above 0.
+    static UnicodeString formatNumber(long long value, const UnicodeString& format,
+                                      const UnicodeString& separator, int groupSize,
+                                      const ZkLang& lang, ZkNameEnum letterValue);
+    static UnicodeString formatNumber(long long value, const UnicodeString& format,
+                                      const ZkLang& lang);
+    /// Rewrites each run of ASCII digits of `text` as Japanese numerals; `style` is simple,
+    /// grouping or readable (anything else reads as simple); `digitSet` is kanji, latin
+    /// (fullwidth digits) or a name whose text gives the digits. `marks` replaces, in order,
+    /// the marks for "." and ",", the units ten, hundred, thousand and the twelve group words;
+    /// a missing or U+0000 mark keeps the built-in one. Other text is copied.
+    static UnicodeString convertKansuji(const UnicodeString& text, const ZkName& style,
+                                        const ZkName& digitSet, const UnicodeString& marks);
+    /// The decimal text of `value` (grouped by `separator` and `groupSize` like formatNumber),
+    /// converted.
+    static UnicodeString convertKansuji(long long value, const ZkName& style,
+                                        const ZkName& digitSet, const UnicodeString& marks,
+                                        const UnicodeString& separator = UnicodeString(),
+                                        int groupSize = 0);
 
     // ---------------------------------------------------------------------------------------
 };
