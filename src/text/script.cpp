@@ -90,11 +90,14 @@ ZkScript::ZkScript(const UnicodeString& text) : m_code(kUnknown) {
     if (std::strcmp(language, "zh") == 0) {
         // An explicit script subtag tells more than the country; Singapore writes simplified
         // and Macau traditional characters, like the names zh-SG and zh-HK.
-        if (std::strcmp(script, "Hant") == 0 || std::strcmp(country, "TW") == 0 ||
-            std::strcmp(country, "HK") == 0 || std::strcmp(country, "MO") == 0)
+        if (std::strcmp(script, "Hant") == 0)
             m_code = USCRIPT_TRADITIONAL_HAN;
-        else if (std::strcmp(script, "Hans") == 0 || std::strcmp(country, "CN") == 0 ||
-                 std::strcmp(country, "SG") == 0)
+        else if (std::strcmp(script, "Hans") == 0)
+            m_code = USCRIPT_SIMPLIFIED_HAN;
+        else if (std::strcmp(country, "TW") == 0 || std::strcmp(country, "HK") == 0 ||
+                 std::strcmp(country, "MO") == 0)
+            m_code = USCRIPT_TRADITIONAL_HAN;
+        else if (std::strcmp(country, "CN") == 0 || std::strcmp(country, "SG") == 0)
             m_code = USCRIPT_SIMPLIFIED_HAN;
         else
             m_code = kChinese;

@@ -1,0 +1,228 @@
+// Tests of ZkLang and ZkScript: old language codes, ISO3 codes, script words both ways, the
+// script of texts and the classes of script.
+#include "support.h"
+#include "zkcommon/text/lang.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace ZkCommonNS;
+
+TEST(ZkLang, OldCodesAreNormalised) {
+    // clang-format off
+    struct Case { const char* text; const char* language; const char* country; const char* iso3; } cases[] = {
+        {"fre", "fr", "", "fra"},       {"ger-DE", "de", "DE", "deu"},  {"chi", "zh", "", "zho"},
+        {"dut_NL", "nl", "NL", "nld"},  {"wel", "cy", "", "cym"},       {"ice", "is", "", "isl"},
+        {"en-US", "en", "US", "eng"},   {"ja", "ja", "", "jpn"},        {"FRE", "fr", "", "fra"},
+        {"french", "french", "", ""},   {"frej", "frej", "", ""},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        ZkLang lang(c.text);
+        EXPECT_EQ(utf8(lang.getLanguage()), c.language);
+        EXPECT_EQ(utf8(lang.getCountry()), c.country);
+        EXPECT_EQ(utf8(lang.getISO3Language()), c.iso3);
+        EXPECT_EQ(lang.isInvalid(), *c.iso3 == 0);
+    }
+}
+
+TEST(ZkLang, NullLanguages) {
+    for (ZkLang lang : {ZkLang("none"), ZkLang(""), ZkLang(ZkName(ZKN_none)), ZkLang(ZkName())}) {
+        EXPECT_TRUE(lang.isNullLang());
+        EXPECT_FALSE(lang.isInvalid());
+        EXPECT_EQ(utf8(lang.getISO3Language()), "");
+    }
+    ZkLang dropped(UnicodeString(u"fr"), UnicodeString(u"none"));
+    EXPECT_EQ(utf8(dropped.toString()), "fr");
+    ZkLang kept(UnicodeString(u"ger"), UnicodeString(u"at"));
+    EXPECT_EQ(utf8(kept.toString()), "de-AT");
+}
+
+TEST(ZkLang, TextForms) {
+    ZkLang lang(u"zh-Hant-TW");
+    EXPECT_EQ(utf8(lang.toString()), "zh-TW");
+    EXPECT_EQ(utf8(lang.toFullString()), "zh-Hant-TW");
+    EXPECT_EQ(utf8(lang.toISO3String()), "zho-TW");
+    EXPECT_EQ(utf8(lang.getLangScript()), "Hant");
+    EXPECT_EQ(utf8(lang.getISO3Country()), "TWN");
+    EXPECT_EQ(lang.getLanguageName(), ZkName(u"zho"));
+    EXPECT_EQ(lang.toScript().getUScriptCode(), USCRIPT_TRADITIONAL_HAN);
+    EXPECT_EQ(ZkLang("ja-JP").toScript().getUScriptCode(), USCRIPT_JAPANESE);
+    EXPECT_EQ(ZkLang("ru").toScript().getUScriptCode(), USCRIPT_CYRILLIC);
+    EXPECT_EQ(ZkLang("en-US").getLCID(), 0x0409u);
+    EXPECT_TRUE(ZkLang("fre") == ZkLang("fr"));
+    EXPECT_TRUE(ZkLang("de") < ZkLang("fr"));
+    EXPECT_TRUE(ZkLang("de") != ZkLang("de-AT"));
+    EXPECT_EQ(ZkLang(ZkScript(USCRIPT_ARABIC)).getLocale(), Locale("ar"));
+    EXPECT_EQ(ZkLang(ZkScript(USCRIPT_SYRIAC)).getLocale(), Locale("syr"));
+    EXPECT_EQ(ZkLang(ZkScript(USCRIPT_HAN)).getLocale(), Locale::getDefault());
+}
+
+TEST(ZkLang, TypicalScripts) {
+    EXPECT_TRUE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_HAN)));
+    EXPECT_TRUE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_JAPANESE)));
+    EXPECT_TRUE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_KATAKANA)));
+    EXPECT_FALSE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_KOREAN))) << "above 105";
+    EXPECT_TRUE(ZkLang("sr").isTypicalScript(ZkScript(USCRIPT_CYRILLIC)));
+    EXPECT_TRUE(ZkLang("sr").isTypicalScript(ZkScript(USCRIPT_LATIN)));
+    EXPECT_FALSE(ZkLang("ru").isTypicalScript(ZkScript(USCRIPT_LATIN)));
+    EXPECT_TRUE(ZkLang("fa").isTypicalScript(ZkScript(USCRIPT_ARABIC)));
+    EXPECT_TRUE(ZkLang("my").isTypicalScript(ZkScript(USCRIPT_MYANMAR)));
+    EXPECT_FALSE(ZkLang("en").isTypicalScript(ZkScript(USCRIPT_COMMON)));
+    EXPECT_FALSE(ZkLang("none").isTypicalScript(ZkScript(USCRIPT_LATIN)));
+}
+
+TEST(ZkLang, Iso3CacheUnderThreads) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([t] {
+            const char* languages[] = {"fr", "de", "ja", "zh-TW", "ko", "en-GB"};
+            for (int i = 0; i < 500; ++i) {
+                ZkLang lang(languages[(i + t) % 6]);
+                EXPECT_EQ(lang.getISO3Language().length(), 3);
+                if (i % 97 == 0)
+                    ZkLang::cleanup();
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+TEST(ZkScript, WordsBothWays) {
+    // clang-format off
+    struct Case { int code; const char* word; } cases[] = {
+        {-12, "Zsye"}, {0, "Zyyy"}, {1, "Qaai"}, {2, "Arab"}, {17, "Hani"}, {18, "Hang"},
+        {25, "Latn"}, {54, "Hrkt"}, {73, "Hans"}, {74, "Hant"}, {105, "Jpan"}, {119, "Hang"},
+        {128, "Zmth"}, {129, "Zsym"}, {174, "Zsye"}, {-2, "auto"}, {-3, "none"},
+        {USCRIPT_BRAILLE, "Brai"},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.code);
+        ZkScript script(static_cast<UScriptCode>(c.code));
+        EXPECT_EQ(utf8(script.toString()), c.word);
+        ZkScript back(script.getScriptCode());
+        int expected = c.code == -12 ? 174 : c.code == 119 ? 18 : c.code;
+        EXPECT_EQ(static_cast<int>(back.getUScriptCode()), expected);
+    }
+    EXPECT_EQ(utf8(ZkScript(USCRIPT_LATIN).getScriptName()), "Latin");
+    EXPECT_EQ(utf8(ZkScript(static_cast<UScriptCode>(-1)).toString()), "");
+}
+
+TEST(ZkScript, FromNamesAndTexts) {
+    // clang-format off
+    struct Case { const char16_t* text; int code; } cases[] = {
+        {u"zh-TW", 74}, {u"zh-HK", 74}, {u"zh-CN", 73}, {u"zh", -12}, {u"zho", -12},
+        {u"zh-CHN", 73}, {u"zho-TWN", 74}, {u"ja", 105}, {u"jpn", 105}, {u"ko", 119},
+        {u"auto", -2}, {u"", -2}, {u"none", -3},
+        {u"Hira", 20}, {u"Kana", 22}, {u"Zmth", 128}, {u"Cyrl", 8}, {u"ru", 8}, {u"fre", 25},
+        {u"el", 14}, {u"zh-Hans-TW", 73}, {u"xyzzy", -1},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(utf8(UnicodeString(c.text)));
+        EXPECT_EQ(static_cast<int>(ZkScript(UnicodeString(c.text)).getUScriptCode()), c.code);
+        EXPECT_EQ(static_cast<int>(ZkScript(ZkName(c.text)).getUScriptCode()), c.code);
+    }
+    // Some words are read as names only; as text ICU has codes of its own for them.
+    EXPECT_EQ(ZkScript(ZkName(u"Latf")).getUScriptCode(), USCRIPT_LATIN);
+    EXPECT_EQ(ZkScript(UnicodeString(u"Latf")).getUScriptCode(), USCRIPT_LATIN_FRAKTUR);
+    EXPECT_EQ(static_cast<int>(ZkScript(ZkName(u"Zxxx")).getUScriptCode()), ZkScript::kAuto);
+    EXPECT_EQ(static_cast<int>(ZkScript(ZkName(u"Zzzz")).getUScriptCode()), ZkScript::kNone);
+    EXPECT_TRUE(ZkScript(u"zh").isSC());
+    EXPECT_TRUE(ZkScript(u"zh").isTC());
+    EXPECT_TRUE(ZkScript().isAuto());
+}
+
+TEST(ZkScript, ScriptOfCharacters) {
+    // clang-format off
+    struct Case { UChar32 c; int code; } cases[] = {
+        {0x05D0, USCRIPT_HEBREW}, {0x05FF, USCRIPT_HEBREW}, {0x0627, USCRIPT_ARABIC},
+        {0x060C, USCRIPT_ARABIC},
+        {0x0964, USCRIPT_DEVANAGARI}, {0x00A5, USCRIPT_LATIN}, {0x00A6, USCRIPT_COMMON},
+        {0x00B5, USCRIPT_LATIN}, {0x309B, USCRIPT_KATAKANA_OR_HIRAGANA},
+        {0x30FC, USCRIPT_KATAKANA_OR_HIRAGANA}, {0x1F600, USCRIPT_SYMBOLS_EMOJI},
+        {0x2211, USCRIPT_MATHEMATICAL_NOTATION}, {0x3042, USCRIPT_HIRAGANA},
+        {0x4E00, USCRIPT_HAN}, {0x0041, USCRIPT_LATIN},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.c);
+        EXPECT_EQ(static_cast<int>(ZkScript::getScript(c.c)), c.code);
+    }
+    // The Arabic-Indic digits are left to ICU.
+    for (UChar32 digit : {0x0661, 0x06F5}) {
+        UErrorCode status = U_ZERO_ERROR;
+        EXPECT_EQ(ZkScript::getScript(digit), uscript_getScript(digit, &status));
+    }
+}
+
+TEST(ZkScript, ScriptOfTexts) {
+    EXPECT_EQ(ZkScript::getScriptFromText(u"abc日本", false), USCRIPT_HAN);
+    EXPECT_EQ(ZkScript::getScriptFromText(u"abc日本", true), USCRIPT_LATIN);
+    EXPECT_EQ(ZkScript::getScriptFromText(u"123", false), USCRIPT_COMMON);
+    EXPECT_EQ(ZkScript::getScriptFromText(u"12 ab", false), USCRIPT_LATIN);
+    EXPECT_EQ(ZkScript::getScriptFromText(u"", true), USCRIPT_COMMON);
+    EXPECT_EQ(ZkScript::getScriptFromText(u"1\u0301\u05D0", true), USCRIPT_HEBREW);
+    // Variation selectors after an emoji-capable character choose the presentation.
+    EXPECT_EQ(ZkScript::getScriptFromText(u"\u2764\uFE0E", false), USCRIPT_SYMBOLS);
+    EXPECT_EQ(ZkScript::getScriptFromText(u"#\u20E3", false), USCRIPT_SYMBOLS_EMOJI);
+    EXPECT_EQ(ZkScript::getScriptFromText(u"\U0001F600", false), USCRIPT_SYMBOLS_EMOJI);
+}
+
+TEST(ZkScript, Classes) {
+    // clang-format off
+    struct Case { int code; bool cjk, justify, hanging, latin, ja, kana, sc, tc; UChar32 a; } cases[] = {
+        {-12, true, true, false, false, false, false, true, true, 0x4E9C},
+        {17, true, true, false, false, false, false, false, false, 0x4E9C},
+        {18, true, false, false, false, false, false, false, false, 0xAC00},
+        {119, true, false, false, false, false, false, false, false, 0xAC00},
+        {20, true, true, false, false, true, true, false, false, 0x3042},
+        {22, true, true, false, false, true, true, false, false, 0x30A2},
+        {54, true, true, false, false, true, true, false, false, 0x3042},
+        {105, true, true, false, false, true, false, false, false, 0x3042},
+        {73, true, true, false, false, false, false, true, false, 0x4E9C},
+        {74, true, true, false, false, false, false, false, true, 0x4E9C},
+        {5, true, true, false, false, false, false, false, false, 0xFFFF},
+        {10, false, false, true, false, false, false, false, false, 0x0905},
+        {39, false, false, true, false, false, false, false, false, 0x0F68},
+        {25, false, false, false, true, false, false, false, false, 0x0041},
+        {8, false, false, false, true, false, false, false, false, 0x0410},
+        {0, false, false, false, true, false, false, false, false, 0x0041},
+        {2, false, false, false, false, false, false, false, false, 0x0627},
+        {-2, false, false, false, false, false, false, false, false, 0xFFFF},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.code);
+        ZkScript s(static_cast<UScriptCode>(c.code));
+        EXPECT_EQ(s.isCJK(), c.cjk);
+        EXPECT_EQ(s.isCJKJustify(), c.justify);
+        EXPECT_EQ(s.isCJKorAuto(), c.cjk || c.code == -2);
+        EXPECT_EQ(s.isHangingBaseline(), c.hanging);
+        EXPECT_EQ(s.isLatinGroup(), c.latin);
+        EXPECT_EQ(s.isJA(), c.ja);
+        EXPECT_EQ(s.isKanaScript(), c.kana);
+        EXPECT_EQ(s.isSC(), c.sc);
+        EXPECT_EQ(s.isTC(), c.tc);
+        EXPECT_EQ(s.getA(), c.a);
+    }
+}
+
+TEST(ZkScript, ZenkakuByScript) {
+    ZkScript japanese(USCRIPT_JAPANESE);
+    ZkScript latin(USCRIPT_LATIN);
+    EXPECT_TRUE(japanese.isZenkakuScript(0x3042));
+    EXPECT_TRUE(latin.isZenkakuScript(0xFF21)) << "fullwidth is full width in any script";
+    EXPECT_FALSE(japanese.isZenkakuScript(0x0041));
+    // U+00B0 DEGREE SIGN is ambiguous and a JIS symbol; U+00E9 is ambiguous Latin.
+    EXPECT_TRUE(japanese.isZenkakuScript(0x00B0));
+    EXPECT_FALSE(latin.isZenkakuScript(0x00B0));
+    EXPECT_FALSE(japanese.isZenkakuScript(0x00E9));
+    // U+0391 GREEK CAPITAL LETTER ALPHA is ambiguous and not Latin.
+    EXPECT_TRUE(japanese.isZenkakuScript(0x0391));
+}
