@@ -68,7 +68,7 @@ CounterStyle::CounterStyle(const CounterStyle& other)
       m_additiveSymbols(clonePointee(other.m_additiveSymbols)), m_negative(other.m_negative),
       m_zero(other.m_zero), m_prefix(other.m_prefix), m_suffix(other.m_suffix),
       m_range(clonePointee(other.m_range)), m_pad(other.m_pad), m_predefined(other.m_predefined),
-      m_fallback(other.m_fallback) {}
+      m_fallback(other.m_fallback), m_symbolUnits(other.m_symbolUnits) {}
 
 CounterStyle& CounterStyle::operator=(const CounterStyle& other) {
     if (this != &other) {
@@ -85,6 +85,7 @@ CounterStyle& CounterStyle::operator=(const CounterStyle& other) {
         m_pad = copy.m_pad;
         m_predefined = copy.m_predefined;
         m_fallback = copy.m_fallback;
+        m_symbolUnits = std::move(copy.m_symbolUnits);
     }
     return *this;
 }
@@ -130,7 +131,12 @@ bool CounterStyle::operator<(const CounterStyle& other) const {
 void CounterStyle::addSymbol(const Symbol& symbol) {
     if (!m_symbols)
         m_symbols = std::make_unique<std::vector<Symbol>>();
+    bool allUnits = m_symbolUnits.size() == m_symbols->size();
     m_symbols->push_back(symbol);
+    if (allUnits && symbol.length() == 1)
+        m_symbolUnits.push_back(symbol.charAt(0));
+    else
+        m_symbolUnits.clear();
 }
 
 void CounterStyle::addSymbols(int codePoint, ...) {
@@ -200,6 +206,20 @@ bool CounterStyle::checkRange(long long value) const noexcept {
     return true;
 }
 
+// Appends the symbols of `indices` from the last to the first: through one buffer when every
+// symbol is one unit.
+void CounterStyle::appendByIndex(const size_t* indices, int count, UnicodeString& text) const {
+    if (!m_symbolUnits.empty()) {
+        char16_t buffer[64];
+        for (int i = 0; i < count; ++i)
+            buffer[i] = m_symbolUnits[indices[count - 1 - i]];
+        text.append(buffer, 0, count);
+        return;
+    }
+    while (count > 0)
+        text.append((*m_symbols)[indices[--count]]);
+}
+
 // The text of the system alone; false sends the value to the fallback.
 bool CounterStyle::formatSystem(long long value, UnicodeString& text, bool& negative) const {
     const std::vector<Symbol>* symbols = m_symbols.get();
@@ -266,8 +286,7 @@ bool CounterStyle::formatSystem(long long value, UnicodeString& text, bool& nega
             --a;
             indices[count++] = static_cast<size_t>(a % static_cast<unsigned long long>(n));
         }
-        while (count > 0)
-            text.append((*symbols)[indices[--count]]);
+        appendByIndex(indices, count, text);
         return true;
     }
     if (system == ZKN_fixed) {
@@ -290,8 +309,7 @@ bool CounterStyle::formatSystem(long long value, UnicodeString& text, bool& nega
             indices[count++] = static_cast<size_t>(magnitude % base);
             magnitude /= base;
         } while (magnitude != 0);
-        while (count > 0)
-            text.append((*symbols)[indices[--count]]);
+        appendByIndex(indices, count, text);
         negative = value < 0;
         return true;
     }
@@ -379,35 +397,43 @@ UnicodeString CounterStyle::formatNumber(long long value, Lookup lookup, void* l
     bool negative = false;
     if (!formatSystem(value, text, negative) || text.length() >= kMaxMarkerLength)
         return formatFallback(value, lookup, lookupData, plain);
-    return finishString(text, negative, plain);
+    finishInPlace(text, negative, plain);
+    return text;
 }
 
 UnicodeString CounterStyle::finishString(const UnicodeString& text, bool negative,
                                          bool plain) const {
-    UnicodeString result;
+    UnicodeString result(text);
+    finishInPlace(result, negative, plain);
+    return result;
+}
+
+void CounterStyle::finishInPlace(UnicodeString& text, bool negative, bool plain) const {
     const Symbol& padSymbol = m_pad.getSymbol();
-    int missing = m_pad.getWeight() - codePointLength(text);
-    if (missing > 0 && !padSymbol.isEmpty()) {
-        int padLength = codePointLength(padSymbol);
-        int times = (missing + padLength - 1) / padLength;
-        // Padding stops short of the marker limit: a pad length from a style sheet must not
-        // make the library build a huge string.
-        int room = (kMaxMarkerLength - text.length()) / padSymbol.length();
-        if (times > room)
-            times = room > 0 ? room : 0;
-        for (int i = 0; i < times; ++i)
-            result.append(padSymbol);
+    if (m_pad.getWeight() > 0 && !padSymbol.isEmpty()) {
+        int missing = m_pad.getWeight() - codePointLength(text);
+        if (missing > 0) {
+            int padLength = codePointLength(padSymbol);
+            int times = (missing + padLength - 1) / padLength;
+            // Padding stops short of the marker limit: a pad length from a style sheet must
+            // not make the library build a huge string.
+            int room = (kMaxMarkerLength - text.length()) / padSymbol.length();
+            if (times > room)
+                times = room > 0 ? room : 0;
+            UnicodeString pad;
+            for (int i = 0; i < times; ++i)
+                pad.append(padSymbol);
+            text.insert(0, pad);
+        }
     }
-    result.append(text);
     if (negative) {
-        result.insert(0, m_negative.first);
-        result.append(m_negative.second);
+        text.insert(0, m_negative.first);
+        text.append(m_negative.second);
     }
     if (!plain) {
-        result.insert(0, m_prefix);
-        result.append(m_suffix);
+        text.insert(0, m_prefix);
+        text.append(m_suffix);
     }
-    return result;
 }
 
 UnicodeString CounterStyle::formatFallback(long long value, Lookup lookup, void* lookupData,
@@ -446,7 +472,7 @@ UnicodeString CounterStyle::formatFallback(long long value, Lookup lookup, void*
         const CounterStyle* decimal = getPredefinedCounterStyle(ZKN_decimal, nullptr);
         bool negative = false;
         decimal->formatSystem(value, text, negative);
-        text = decimal->finishString(text, negative, /*plain=*/true);
+        decimal->finishInPlace(text, negative, /*plain=*/true);
     }
     if (!plain) {
         text.insert(0, m_prefix);

@@ -1,12 +1,12 @@
 // ZkUtil::getPredefinedCounterStyle: the predefined styles, built from the generated table on
-// first use and kept under a lock until ZkUtil::cleanup.
+// first use under a lock and kept until ZkUtil::cleanup.
 #include "text/utilcleanup.h"
 #include "zkcommon/core/lock.h"
 #include "zkcommon/text/counterstyle.h"
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
-#include <unordered_map>
 
 namespace ZkCommonNS {
 
@@ -33,22 +33,20 @@ struct PredefinedStyle {
 #include "counterstyles.inc"
 
 using CounterStyle = ZkUtil::CounterStyle;
-using StyleMap = std::unordered_map<int32_t, std::unique_ptr<CounterStyle>>;
+
+// One slot per row of the table. A built style is published with a release store, so readers
+// take it without the lock; building and dropping happen under the lock.
+std::atomic<CounterStyle*> s_styles[kPredefinedStyleCount];
 
 ZkLock& styleLock() {
     static ZkLock s_lock;
     return s_lock;
 }
 
-StyleMap*& styleMap() {
-    static StyleMap* s_map = nullptr;
-    return s_map;
-}
-
 void dropStyles() {
     ZkMutex guard(styleLock());
-    delete styleMap();
-    styleMap() = nullptr;
+    for (std::atomic<CounterStyle*>& slot : s_styles)
+        delete slot.exchange(nullptr, std::memory_order_acq_rel);
 }
 
 const bool s_registered = (detail::registerUtilCleanup(&dropStyles), true);
@@ -91,14 +89,16 @@ const CounterStyle* ZkUtil::getPredefinedCounterStyle(ZkName name, void* data) {
     const PredefinedStyle* row = findRow(name.getEnum());
     if (!row)
         return nullptr;
+    std::atomic<CounterStyle*>& slot = s_styles[row - kPredefinedStyles];
+    if (CounterStyle* built = slot.load(std::memory_order_acquire))
+        return built;
     ZkMutex guard(styleLock());
-    StyleMap*& map = styleMap();
-    if (!map)
-        map = new StyleMap();
-    std::unique_ptr<CounterStyle>& slot = (*map)[name.getEnum()];
-    if (!slot)
-        slot = buildStyle(*row);
-    return slot.get();
+    CounterStyle* built = slot.load(std::memory_order_acquire);
+    if (!built) {
+        built = buildStyle(*row).release();
+        slot.store(built, std::memory_order_release);
+    }
+    return built;
 }
 
 } // namespace ZkCommonNS

@@ -142,11 +142,27 @@ void appendDecimal(long long value, int width, UChar32 zero, const UnicodeString
         digits[count++] = static_cast<char>(magnitude % 10);
         magnitude /= 10;
     } while (magnitude != 0);
+    int sign = value < 0 ? 1 : 0;
+    int pad = width - count - sign;
+    bool grouped = !separator.isEmpty() && groupSize > 0 && count + (pad > 0 ? pad : 0) > groupSize;
+    if (zero <= 0xFFFF && !grouped && width <= 64) {
+        // The usual case: one buffer, one append.
+        char16_t buffer[96];
+        int length = 0;
+        if (sign)
+            buffer[length++] = u'-';
+        for (; pad > 0; --pad)
+            buffer[length++] = static_cast<char16_t>(zero);
+        while (count > 0)
+            buffer[length++] = static_cast<char16_t>(zero + digits[--count]);
+        out.append(buffer, 0, length);
+        return;
+    }
     UnicodeString text;
-    if (value < 0)
+    if (sign)
         text.append(u'-');
     int start = text.length();
-    for (int pad = width - count - start; pad > 0; --pad)
+    for (; pad > 0; --pad)
         text.append(zero);
     while (count > 0)
         text.append(static_cast<UChar32>(zero + digits[--count]));
@@ -364,6 +380,10 @@ UnicodeString ZkUtil::formatNumber(long long value, const UnicodeString& format,
                                    const ZkLang& lang, ZkNameEnum letterValue) {
     UnicodeString out;
     int length = format.length();
+    if (length == 0 || (length == 1 && format.charAt(0) == u'1')) {
+        appendDecimal(value, 1, u'0', separator, groupSize, out);
+        return out;
+    }
     int start = 0;
     while (start < length) {
         UChar32 c = format.char32At(start);
@@ -385,8 +405,13 @@ UnicodeString ZkUtil::formatNumber(long long value, const UnicodeString& format,
         limit += U16_LENGTH(c);
     }
     out.append(format, 0, start);
-    UnicodeString token(format, start, limit - start);
-    if (!convertToken(value, token, separator, groupSize, lang, letterValue, out))
+    UnicodeString part;
+    const UnicodeString* token = &format;
+    if (start != 0 || limit != length) {
+        part.setTo(format, start, limit - start);
+        token = &part;
+    }
+    if (!convertToken(value, *token, separator, groupSize, lang, letterValue, out))
         appendDecimal(value, 1, u'0', separator, groupSize, out);
     out.append(format, limit, length - limit);
     return out;

@@ -8,7 +8,9 @@
 #include "zkcommon/core/unicode.h"
 #include "zkcommon/text/util.h"
 
+#include <cstddef>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -110,7 +112,10 @@ public:
         addAdditiveSymbol(IntSymbol(weight, Symbol(codePoint)));
     }
     void addAdditiveSymbol(int weight, const char* text);
-    void clrSymbols() { m_symbols.reset(); }
+    void clrSymbols() {
+        m_symbols.reset();
+        m_symbolUnits.clear();
+    }
     void clrAdditiveSymbols() { m_additiveSymbols.reset(); }
     /// A low above its high is kept and matches nothing.
     void addRange(long long low, long long high);
@@ -159,7 +164,9 @@ private:
     }
     UnicodeString formatFallback(long long value, Lookup lookup, void* lookupData,
                                  bool plain) const;
+    void finishInPlace(UnicodeString& text, bool negative, bool plain) const;
     bool formatSystem(long long value, UnicodeString& text, bool& negative) const;
+    void appendByIndex(const size_t* indices, int count, UnicodeString& text) const;
 
     ZkName m_system;
     int m_first = 1;
@@ -174,6 +181,9 @@ private:
     bool m_predefined = false;
     ZkName m_fallback;
     mutable bool m_inFallback = false;
+    // The symbols as one string while every symbol is one UTF-16 unit (empty otherwise), so
+    // the positional systems write a whole number at once.
+    std::u16string m_symbolUnits;
 };
 
 } // namespace ZkCommonNS
