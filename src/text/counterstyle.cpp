@@ -18,7 +18,18 @@ constexpr int kMaxMarkerLength = 1000;
 // deeply.
 constexpr int kMaxFallbackDepth = 32;
 
+// The styles of this thread that are running their fallback, innermost last. Keeping the
+// guard per thread rather than in the style lets several threads share a style (the predefined
+// ones above all) without a data race.
+thread_local const ZkUtil::CounterStyle* t_fallbackChain[kMaxFallbackDepth];
 thread_local int t_fallbackDepth = 0;
+
+bool isInFallback(const ZkUtil::CounterStyle* style) {
+    for (int i = 0; i < t_fallbackDepth; ++i)
+        if (t_fallbackChain[i] == style)
+            return true;
+    return false;
+}
 
 UnicodeString fromUtf8(const char* text) {
     return text ? UnicodeString::fromUTF8(text) : UnicodeString();
@@ -438,32 +449,30 @@ void CounterStyle::finishInPlace(UnicodeString& text, bool negative, bool plain)
 
 UnicodeString CounterStyle::formatFallback(long long value, Lookup lookup, void* lookupData,
                                            bool plain) const {
-    struct Guard {
-        const CounterStyle& style;
-        explicit Guard(const CounterStyle& s) : style(s) {
-            style.m_inFallback = true;
-            ++t_fallbackDepth;
+    // This style joins the thread's chain; once the chain is full, decimal ends it.
+    bool pushed = t_fallbackDepth < kMaxFallbackDepth;
+    if (pushed)
+        t_fallbackChain[t_fallbackDepth++] = this;
+    struct Pop {
+        bool active;
+        ~Pop() {
+            if (active)
+                --t_fallbackDepth;
         }
-        ~Guard() {
-            style.m_inFallback = false;
-            --t_fallbackDepth;
-        }
-    } guard(*this);
+    } pop{pushed};
 
     const CounterStyle* style = nullptr;
-    if (t_fallbackDepth <= kMaxFallbackDepth) {
-        if (lookup) {
-            const CounterStyle* found = lookup(m_fallback, lookupData);
-            if (found && !found->m_inFallback)
-                style = found;
-        }
-        // The caller's rules do not hold the predefined styles; a fallback to one of them is
-        // served here.
-        if (!style) {
-            const CounterStyle* predefined = getPredefinedCounterStyle(m_fallback, nullptr);
-            if (predefined && !predefined->m_inFallback)
-                style = predefined;
-        }
+    if (pushed && lookup) {
+        const CounterStyle* found = lookup(m_fallback, lookupData);
+        if (found && !isInFallback(found))
+            style = found;
+    }
+    // The caller's rules do not hold the predefined styles; a fallback to one of them is
+    // served here.
+    if (pushed && !style) {
+        const CounterStyle* predefined = getPredefinedCounterStyle(m_fallback, nullptr);
+        if (predefined && !isInFallback(predefined))
+            style = predefined;
     }
     UnicodeString text;
     if (style) {

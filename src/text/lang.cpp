@@ -48,31 +48,36 @@ std::string lowerAscii(const UnicodeString& text, int start, int limit) {
     return out;
 }
 
+// Language tags are ASCII; ICU would keep other characters as raw bytes, so each becomes an
+// "x" and the language reads as invalid rather than as broken text.
+std::string asciiTag(const UnicodeString& text, int start) {
+    std::string out;
+    for (int i = start; i < text.length();) {
+        UChar32 c = text.char32At(i);
+        out.push_back(c > 0 && c < 0x80 ? static_cast<char>(c) : 'x');
+        i += U16_LENGTH(c);
+    }
+    return out;
+}
+
 // The language text as ICU reads it: old codes replaced, the rest (a country) kept.
 std::string normalizeLanguage(const UnicodeString& text) {
     const auto& table = oldCodeTable();
     int length = text.length();
-    std::string utf8;
     if (length >= 4 && !isAsciiLetter(text.charAt(3))) {
         auto hit = table.find(lowerAscii(text, 0, 3));
-        if (hit != table.end()) {
-            UnicodeString(text, 3).toUTF8String(utf8);
-            return hit->second + utf8;
-        }
+        if (hit != table.end())
+            return hit->second + asciiTag(text, 3);
     } else {
         auto hit = table.find(lowerAscii(text, 0, length));
         if (hit != table.end())
             return hit->second;
     }
-    text.toUTF8String(utf8);
-    return utf8;
+    return asciiTag(text, 0);
 }
 
 std::string countryText(const UnicodeString& country) {
-    std::string utf8;
-    if (country != UNICODE_STRING_SIMPLE("none"))
-        country.toUTF8String(utf8);
-    return utf8;
+    return country == UNICODE_STRING_SIMPLE("none") ? std::string() : asciiTag(country, 0);
 }
 
 UnicodeString ascii(const char* text) {

@@ -3,6 +3,7 @@
 #include "support.h"
 #include "zkcommon/text/counterstyle.h"
 
+#include <atomic>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
@@ -10,6 +11,8 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 using namespace ZkCommonNS;
 using CounterStyle = ZkUtil::CounterStyle;
@@ -331,4 +334,26 @@ TEST(CounterStyle, AlphabeticAndNumericAgreeWithAModel) {
                       expectAlphabetic);
         }
     }
+}
+
+// The predefined styles are shared: several threads format through them and their fallbacks.
+TEST(CounterStyle, SharedStylesFormatOnManyThreads) {
+    std::vector<std::thread> threads;
+    std::atomic<int> wrong{0};
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&wrong, t] {
+            const CounterStyle& roman = predefined(t % 2 ? u"lower-roman" : u"japanese-formal");
+            for (long long value = 3990; value < 4100; ++value) {
+                UnicodeString text = roman.formatNumber(value, &ZkUtil::getPredefinedCounterStyle,
+                                                        nullptr, /*plain=*/true);
+                if (t % 2 && value >= 4000 && text != UnicodeString(ZkUtil::toString(value)))
+                    ++wrong;
+                if (t % 2 == 0 && text.isEmpty())
+                    ++wrong;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong.load(), 0);
 }

@@ -41,6 +41,13 @@ TEST(ZkLang, NullLanguages) {
     EXPECT_EQ(utf8(kept.toString()), "de-AT");
 }
 
+TEST(ZkLang, NonAsciiTextIsInvalid) {
+    ZkLang lang(u"abc\u65E5\u672C");
+    EXPECT_EQ(utf8(lang.getLanguage()), "abcxx");
+    EXPECT_TRUE(lang.isInvalid());
+    EXPECT_FALSE(lang.isNullLang());
+}
+
 TEST(ZkLang, TextForms) {
     ZkLang lang(u"zh-Hant-TW");
     EXPECT_EQ(utf8(lang.toString()), "zh-TW");

@@ -17,8 +17,9 @@
 namespace ZkCommonNS {
 
 /// A system (cyclic, fixed, numeric, alphabetic, symbolic, additive, ethiopic-numeric, the
-/// four Chinese systems, kansuji), its symbols and affixes. A style formats on one thread at a
-/// time: formatNumber marks the style while it runs its fallback, to stop fallback cycles.
+/// four Chinese systems, kansuji), its symbols and affixes. Formatting changes nothing: the
+/// guard against fallback cycles is kept per thread, so one style (a predefined one above all)
+/// may format on several threads at once; changing a style needs the caller's own lock.
 class ZKCOMMON_API ZkUtil::CounterStyle {
 public:
     /// A marker symbol: a text, or the URL of an image.
@@ -180,7 +181,6 @@ private:
     IntSymbol m_pad;
     bool m_predefined = false;
     ZkName m_fallback;
-    mutable bool m_inFallback = false;
     // The symbols as one string while every symbol is one UTF-16 unit (empty otherwise), so
     // the positional systems write a whole number at once.
     std::u16string m_symbolUnits;
