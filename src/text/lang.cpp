@@ -84,6 +84,8 @@ UnicodeString ascii(const char* text) {
     return UnicodeString(text, -1, US_INV);
 }
 
+constexpr size_t kIso3CacheLimit = 4096;
+
 // The ISO3 cache: ICU's look-up walks its tables on every call, and the engine asks for every
 // run of text.
 ZkLock& iso3Lock() {
@@ -177,7 +179,10 @@ UnicodeString ZkLang::getISO3Language() const {
     if (hit != cache->end())
         return hit->second;
     UnicodeString iso3 = ascii(Locale::getISO3Language());
-    cache->emplace(std::move(key), iso3);
+    // A document can carry any number of distinct language texts; the cache stops growing at
+    // a size that real documents never reach.
+    if (cache->size() < kIso3CacheLimit)
+        cache->emplace(std::move(key), iso3);
     return iso3;
 }
 

@@ -2,6 +2,7 @@
 // script of texts and the classes of script.
 #include "support.h"
 #include "zkcommon/text/lang.h"
+#include "zkcommon/text/util.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -97,6 +98,16 @@ TEST(ZkLang, Iso3CacheUnderThreads) {
     }
     for (std::thread& thread : threads)
         thread.join();
+}
+
+TEST(ZkLang, Iso3CacheStaysBounded) {
+    // Many distinct (invalid) languages: each still answers, the cache does not keep them all.
+    for (int i = 0; i < 6000; ++i) {
+        ZkLang lang(UnicodeString(u"q") + ZkUtil::toString(i));
+        EXPECT_TRUE(lang.getISO3Language().isEmpty());
+    }
+    EXPECT_EQ(utf8(ZkLang("fr").getISO3Language()), "fra");
+    ZkLang::cleanup();
 }
 
 TEST(ZkScript, WordsBothWays) {
