@@ -47,4 +47,14 @@
 // xml
 #include "zkcommon/xml/xmlutil.h"
 
+// crypto
+#include "zkcommon/crypto/acceleration.h"
+#include "zkcommon/crypto/aes.h"
+#include "zkcommon/crypto/fwd.h"
+#include "zkcommon/crypto/md5.h"
+#include "zkcommon/crypto/rc4.h"
+#include "zkcommon/crypto/sha1.h"
+#include "zkcommon/crypto/sha256.h"
+#include "zkcommon/crypto/sha512.h"
+
 #endif // ZKCOMMON_ZKCOMMON_H
