@@ -17,6 +17,7 @@ namespace {
 struct Features {
     bool sha = false;
     bool aes = false;
+    bool bmi2 = false;
 };
 
 Features detect() noexcept {
@@ -28,8 +29,10 @@ Features detect() noexcept {
     const bool ssse3 = (ecx & bit_SSSE3) != 0;
     const bool sse41 = (ecx & bit_SSE4_1) != 0;
     features.aes = sse41 && (ecx & bit_AES) != 0;
-    if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) != 0)
+    if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) != 0) {
         features.sha = ssse3 && sse41 && (ebx & bit_SHA) != 0;
+        features.bmi2 = (ebx & bit_BMI2) != 0;
+    }
 #endif
     return features;
 }
@@ -61,6 +64,10 @@ bool useShaExtensions() noexcept {
 
 bool useAesInstructions() noexcept {
     return processor().aes && !portableSwitch().load(std::memory_order_relaxed);
+}
+
+bool useBmi2() noexcept {
+    return processor().bmi2 && !portableSwitch().load(std::memory_order_relaxed);
 }
 
 } // namespace detail

@@ -22,12 +22,14 @@ template <int Rounds> struct RoundKeys { __m128i k[Rounds + 1]; };
 
 template <int Rounds>
 ZK_AES_INLINE void loadKeys(RoundKeys<Rounds>& keys, const unsigned char* bytes) {
+#pragma GCC unroll 16
     for (int i = 0; i <= Rounds; ++i)
         keys.k[i] = _mm_load_si128(reinterpret_cast<const __m128i*>(bytes + 16 * i));
 }
 
 template <int Rounds> ZK_AES_INLINE __m128i encryptOne(const RoundKeys<Rounds>& keys, __m128i x) {
     x = _mm_xor_si128(x, keys.k[0]);
+#pragma GCC unroll 16
     for (int i = 1; i < Rounds; ++i)
         x = _mm_aesenc_si128(x, keys.k[i]);
     return _mm_aesenclast_si128(x, keys.k[Rounds]);
@@ -35,6 +37,7 @@ template <int Rounds> ZK_AES_INLINE __m128i encryptOne(const RoundKeys<Rounds>& 
 
 template <int Rounds> ZK_AES_INLINE __m128i decryptOne(const RoundKeys<Rounds>& keys, __m128i x) {
     x = _mm_xor_si128(x, keys.k[0]);
+#pragma GCC unroll 16
     for (int i = 1; i < Rounds; ++i)
         x = _mm_aesdec_si128(x, keys.k[i]);
     return _mm_aesdeclast_si128(x, keys.k[Rounds]);
@@ -42,11 +45,15 @@ template <int Rounds> ZK_AES_INLINE __m128i decryptOne(const RoundKeys<Rounds>& 
 
 template <int Rounds, bool Encrypt>
 ZK_AES_INLINE void cryptLanes(const RoundKeys<Rounds>& keys, __m128i (&x)[kLanes]) {
+#pragma GCC unroll 8
     for (std::size_t j = 0; j < kLanes; ++j)
         x[j] = _mm_xor_si128(x[j], keys.k[0]);
+#pragma GCC unroll 16
     for (int i = 1; i < Rounds; ++i)
+#pragma GCC unroll 8
         for (std::size_t j = 0; j < kLanes; ++j)
             x[j] = Encrypt ? _mm_aesenc_si128(x[j], keys.k[i]) : _mm_aesdec_si128(x[j], keys.k[i]);
+#pragma GCC unroll 8
     for (std::size_t j = 0; j < kLanes; ++j)
         x[j] = Encrypt ? _mm_aesenclast_si128(x[j], keys.k[Rounds])
                        : _mm_aesdeclast_si128(x[j], keys.k[Rounds]);
@@ -66,9 +73,11 @@ ZK_AES_TARGET void ecb(const AesKeySchedule& key, const unsigned char* in, unsig
     loadKeys<Rounds>(keys, Encrypt ? key.encBytes : key.decBytes);
     for (; blocks >= kLanes; blocks -= kLanes, in += 16 * kLanes, out += 16 * kLanes) {
         __m128i x[kLanes];
+#pragma GCC unroll 8
         for (std::size_t j = 0; j < kLanes; ++j)
             x[j] = loadBlock(in + 16 * j);
         cryptLanes<Rounds, Encrypt>(keys, x);
+#pragma GCC unroll 8
         for (std::size_t j = 0; j < kLanes; ++j)
             storeBlock(out + 16 * j, x[j]);
     }
@@ -86,6 +95,7 @@ ZK_AES_TARGET void cbcEncrypt(const AesKeySchedule& key, unsigned char iv[16],
     for (; blocks > 0; --blocks, in += 16, out += 16) {
         // The first round key joins the plaintext off the chain's critical path.
         __m128i x = _mm_xor_si128(chain, _mm_xor_si128(loadBlock(in), keys.k[0]));
+#pragma GCC unroll 16
         for (int i = 1; i < Rounds; ++i)
             x = _mm_aesenc_si128(x, keys.k[i]);
         chain = _mm_aesenclast_si128(x, keys.k[Rounds]);
@@ -101,14 +111,19 @@ ZK_AES_TARGET void cbcDecrypt(const AesKeySchedule& key, unsigned char iv[16],
     loadKeys<Rounds>(keys, key.decBytes);
     __m128i chain = loadBlock(iv);
     for (; blocks >= kLanes; blocks -= kLanes, in += 16 * kLanes, out += 16 * kLanes) {
-        __m128i cipher[kLanes], x[kLanes];
+        __m128i x[kLanes];
+#pragma GCC unroll 8
         for (std::size_t j = 0; j < kLanes; ++j)
-            x[j] = cipher[j] = loadBlock(in + 16 * j);
+            x[j] = loadBlock(in + 16 * j);
         cryptLanes<Rounds, false>(keys, x);
+        // The ciphertext is read again rather than held in registers, which the round keys
+        // fill; going backwards keeps that right when `out` is `in`.
+        const __m128i nextChain = loadBlock(in + 16 * (kLanes - 1));
+#pragma GCC unroll 8
+        for (std::size_t j = kLanes - 1; j > 0; --j)
+            storeBlock(out + 16 * j, _mm_xor_si128(x[j], loadBlock(in + 16 * (j - 1))));
         storeBlock(out, _mm_xor_si128(x[0], chain));
-        for (std::size_t j = 1; j < kLanes; ++j)
-            storeBlock(out + 16 * j, _mm_xor_si128(x[j], cipher[j - 1]));
-        chain = cipher[kLanes - 1];
+        chain = nextChain;
     }
     for (; blocks > 0; --blocks, in += 16, out += 16) {
         const __m128i cipher = loadBlock(in);

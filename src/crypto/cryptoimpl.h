@@ -98,6 +98,8 @@ void absorb(unsigned char* buffer, std::uint64_t& total, const unsigned char* da
 bool useShaExtensions() noexcept;
 /// Whether the AES instructions (with SSE4.1) are present and not switched off.
 bool useAesInstructions() noexcept;
+/// Whether BMI2's rotate without flags is present and not switched off (SHA-512).
+bool useBmi2() noexcept;
 
 // Accelerated block functions: only called when the matching use* answers true.
 void sha1BlocksShaNi(std::uint32_t state[5], const unsigned char* data,

@@ -48,39 +48,46 @@ inline std::uint64_t smallSigma1(std::uint64_t x) noexcept {
     return rotr64(x, 19) ^ rotr64(x, 61) ^ (x >> 6);
 }
 
-// One round with the working variables renamed rather than moved, as in SHA-256.
-#define ZK_SHA512_ROUND(a, b, c, d, e, f, g, h, k, w)                                              \
+// One round with the working variables renamed rather than moved, as in SHA-256. `wk` is the
+// schedule word plus the round constant, computed ahead so that the round's critical path through
+// e holds only its own arithmetic. Maj(a, b, c) is b ^ ((a ^ b) & (b ^ c)), and this round's a ^ b
+// is the next round's b ^ c: `ab` and `bc` trade places from one round to the next.
+#define ZK_SHA512_ROUND(a, b, c, d, e, f, g, h, wk, ab, bc)                                        \
     do {                                                                                           \
-        const std::uint64_t t1 = h + bigSigma1(e) + (g ^ (e & (f ^ g))) + (k) + (w);               \
-        const std::uint64_t t2 = bigSigma0(a) + ((a & b) | (c & (a | b)));                         \
+        const std::uint64_t t1 = h + (wk) + bigSigma1(e) + (g ^ (e & (f ^ g)));                    \
+        ab = a ^ b;                                                                                \
         d += t1;                                                                                   \
-        h = t1 + t2;                                                                               \
+        h = t1 + bigSigma0(a) + (b ^ (ab & bc));                                                   \
     } while (0)
 
-void sha512Blocks(std::uint64_t state[8], const unsigned char* data, std::size_t blocks) noexcept {
+// The whole compression; instantiated for plain x86-64 and, through an always-inline body, for
+// processors with BMI2, whose three-operand rotate saves a copy per rotation.
+__attribute__((always_inline)) inline void
+sha512BlocksBody(std::uint64_t state[8], const unsigned char* data, std::size_t blocks) noexcept {
     for (; blocks > 0; --blocks, data += 128) {
-        std::uint64_t w[16];
+        std::uint64_t w[80];
+#pragma GCC unroll 16
         for (int i = 0; i < 16; ++i)
             w[i] = loadBE64(data + 8 * i);
+#pragma GCC unroll 64
+        for (int i = 16; i < 80; ++i)
+            w[i] = smallSigma1(w[i - 2]) + w[i - 7] + smallSigma0(w[i - 15]) + w[i - 16];
+#pragma GCC unroll 80
+        for (int i = 0; i < 80; ++i)
+            w[i] += kConstants[i];
         std::uint64_t a = state[0], b = state[1], c = state[2], d = state[3];
         std::uint64_t e = state[4], f = state[5], g = state[6], h = state[7];
+        std::uint64_t p = 0, q = b ^ c;
+#pragma GCC unroll 10
         for (int t = 0; t < 80; t += 8) {
-            if (t >= 16)
-                for (int i = 0; i < 8; ++i) {
-                    const int j = (t + i) & 15;
-                    w[j] += smallSigma1(w[(j + 14) & 15]) + w[(j + 9) & 15] +
-                            smallSigma0(w[(j + 1) & 15]);
-                }
-            const std::uint64_t* k = kConstants + t;
-            const std::uint64_t* x = w + (t & 15);
-            ZK_SHA512_ROUND(a, b, c, d, e, f, g, h, k[0], x[0]);
-            ZK_SHA512_ROUND(h, a, b, c, d, e, f, g, k[1], x[1]);
-            ZK_SHA512_ROUND(g, h, a, b, c, d, e, f, k[2], x[2]);
-            ZK_SHA512_ROUND(f, g, h, a, b, c, d, e, k[3], x[3]);
-            ZK_SHA512_ROUND(e, f, g, h, a, b, c, d, k[4], x[4]);
-            ZK_SHA512_ROUND(d, e, f, g, h, a, b, c, k[5], x[5]);
-            ZK_SHA512_ROUND(c, d, e, f, g, h, a, b, k[6], x[6]);
-            ZK_SHA512_ROUND(b, c, d, e, f, g, h, a, k[7], x[7]);
+            ZK_SHA512_ROUND(a, b, c, d, e, f, g, h, w[t], p, q);
+            ZK_SHA512_ROUND(h, a, b, c, d, e, f, g, w[t + 1], q, p);
+            ZK_SHA512_ROUND(g, h, a, b, c, d, e, f, w[t + 2], p, q);
+            ZK_SHA512_ROUND(f, g, h, a, b, c, d, e, w[t + 3], q, p);
+            ZK_SHA512_ROUND(e, f, g, h, a, b, c, d, w[t + 4], p, q);
+            ZK_SHA512_ROUND(d, e, f, g, h, a, b, c, w[t + 5], q, p);
+            ZK_SHA512_ROUND(c, d, e, f, g, h, a, b, w[t + 6], p, q);
+            ZK_SHA512_ROUND(b, c, d, e, f, g, h, a, w[t + 7], q, p);
         }
         state[0] += a, state[1] += b, state[2] += c, state[3] += d;
         state[4] += e, state[5] += f, state[6] += g, state[7] += h;
@@ -88,6 +95,26 @@ void sha512Blocks(std::uint64_t state[8], const unsigned char* data, std::size_t
 }
 
 #undef ZK_SHA512_ROUND
+
+void sha512BlocksPortable(std::uint64_t state[8], const unsigned char* data,
+                          std::size_t blocks) noexcept {
+    sha512BlocksBody(state, data, blocks);
+}
+
+#if ZK_CRYPTO_X86
+__attribute__((target("bmi2"))) void
+sha512BlocksBmi2(std::uint64_t state[8], const unsigned char* data, std::size_t blocks) noexcept {
+    sha512BlocksBody(state, data, blocks);
+}
+#endif
+
+void sha512Blocks(std::uint64_t state[8], const unsigned char* data, std::size_t blocks) noexcept {
+#if ZK_CRYPTO_X86
+    if (detail::useBmi2())
+        return sha512BlocksBmi2(state, data, blocks);
+#endif
+    sha512BlocksPortable(state, data, blocks);
+}
 
 const std::uint64_t kInitial512[8] = {0x6a09e667f3bcc908, 0xbb67ae8584caa73b, 0x3c6ef372fe94f82b,
                                       0xa54ff53a5f1d36f1, 0x510e527fade682d1, 0x9b05688c2b3e6c1f,
