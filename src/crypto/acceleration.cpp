@@ -18,6 +18,7 @@ struct Features {
     bool sha = false;
     bool aes = false;
     bool bmi2 = false;
+    bool avx2 = false;
 };
 
 Features detect() noexcept {
@@ -29,9 +30,17 @@ Features detect() noexcept {
     const bool ssse3 = (ecx & bit_SSSE3) != 0;
     const bool sse41 = (ecx & bit_SSE4_1) != 0;
     features.aes = sse41 && (ecx & bit_AES) != 0;
+    // AVX2 also needs the system to save the YMM registers: XCR0 bits 1 and 2.
+    bool ymmSaved = false;
+    if ((ecx & bit_OSXSAVE) != 0 && (ecx & bit_AVX) != 0) {
+        unsigned xcr0Low = 0, xcr0High = 0;
+        __asm__("xgetbv" : "=a"(xcr0Low), "=d"(xcr0High) : "c"(0));
+        ymmSaved = (xcr0Low & 6u) == 6u;
+    }
     if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) != 0) {
         features.sha = ssse3 && sse41 && (ebx & bit_SHA) != 0;
         features.bmi2 = (ebx & bit_BMI2) != 0;
+        features.avx2 = ymmSaved && features.bmi2 && (ebx & bit_AVX2) != 0;
     }
 #endif
     return features;
@@ -64,6 +73,10 @@ bool useShaExtensions() noexcept {
 
 bool useAesInstructions() noexcept {
     return processor().aes && !portableSwitch().load(std::memory_order_relaxed);
+}
+
+bool useAvx2() noexcept {
+    return processor().avx2 && !portableSwitch().load(std::memory_order_relaxed);
 }
 
 bool useBmi2() noexcept {

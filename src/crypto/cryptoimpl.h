@@ -100,6 +100,9 @@ bool useShaExtensions() noexcept;
 bool useAesInstructions() noexcept;
 /// Whether BMI2's rotate without flags is present and not switched off (SHA-512).
 bool useBmi2() noexcept;
+/// Whether AVX2 (with BMI2, and the YMM registers saved by the system) is present and not
+/// switched off (SHA-512's schedule).
+bool useAvx2() noexcept;
 
 // Accelerated block functions: only called when the matching use* answers true.
 void sha1BlocksShaNi(std::uint32_t state[5], const unsigned char* data,

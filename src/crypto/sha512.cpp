@@ -1,19 +1,15 @@
 // SHA512_CTX and SHA384_CTX: FIPS 180-4's SHA-512 and its truncation SHA-384.
 #include "zkcommon/crypto/sha512.h"
 
-#include "crypto/cryptoimpl.h"
+#include "crypto/sha512core.h"
 
 #include <cstring>
 
 namespace ZkCommonNS {
 
-namespace {
+namespace detail {
 
-using detail::loadBE64;
-using detail::rotr64;
-
-// FIPS 180-4 4.2.3.
-const std::uint64_t kConstants[80] = {
+alignas(16) extern const std::uint64_t kSha512Constants[80] = {
     0x428a2f98d728ae22, 0x7137449123ef65cd, 0xb5c0fbcfec4d3b2f, 0xe9b5dba58189dbbc,
     0x3956c25bf348b538, 0x59f111f1b605d019, 0x923f82a4af194f9b, 0xab1c5ed5da6d8118,
     0xd807aa98a3030242, 0x12835b0145706fbe, 0x243185be4ee4b28c, 0x550c7dc3d5ffb4e2,
@@ -35,66 +31,31 @@ const std::uint64_t kConstants[80] = {
     0x28db77f523047d84, 0x32caab7b40c72493, 0x3c9ebe0a15c9bebc, 0x431d67c49c100d4c,
     0x4cc5d4becb3e42b6, 0x597f299cfc657e2a, 0x5fcb6fab3ad6faec, 0x6c44198c4a475817};
 
-inline std::uint64_t bigSigma0(std::uint64_t x) noexcept {
-    return rotr64(x, 28) ^ rotr64(x, 34) ^ rotr64(x, 39);
-}
-inline std::uint64_t bigSigma1(std::uint64_t x) noexcept {
-    return rotr64(x, 14) ^ rotr64(x, 18) ^ rotr64(x, 41);
-}
-inline std::uint64_t smallSigma0(std::uint64_t x) noexcept {
-    return rotr64(x, 1) ^ rotr64(x, 8) ^ (x >> 7);
-}
-inline std::uint64_t smallSigma1(std::uint64_t x) noexcept {
-    return rotr64(x, 19) ^ rotr64(x, 61) ^ (x >> 6);
-}
+} // namespace detail
 
-// One round with the working variables renamed rather than moved, as in SHA-256. `wk` is the
-// schedule word plus the round constant, computed ahead so that the round's critical path through
-// e holds only its own arithmetic. Maj(a, b, c) is b ^ ((a ^ b) & (b ^ c)), and this round's a ^ b
-// is the next round's b ^ c: `ab` and `bc` trade places from one round to the next.
-#define ZK_SHA512_ROUND(a, b, c, d, e, f, g, h, wk, ab, bc)                                        \
-    do {                                                                                           \
-        const std::uint64_t t1 = h + (wk) + bigSigma1(e) + (g ^ (e & (f ^ g)));                    \
-        ab = a ^ b;                                                                                \
-        d += t1;                                                                                   \
-        h = t1 + bigSigma0(a) + (b ^ (ab & bc));                                                   \
-    } while (0)
+namespace {
 
-// The whole compression; instantiated for plain x86-64 and, through an always-inline body, for
+using detail::kSha512Constants;
+
+// The whole compression; instantiated for plain x86-64 and, through the always-inline body, for
 // processors with BMI2, whose three-operand rotate saves a copy per rotation.
-__attribute__((always_inline)) inline void
-sha512BlocksBody(std::uint64_t state[8], const unsigned char* data, std::size_t blocks) noexcept {
+ZK_SHA512_INLINE void sha512BlocksBody(std::uint64_t state[8], const unsigned char* data,
+                                       std::size_t blocks) noexcept {
     for (; blocks > 0; --blocks, data += 128) {
         std::uint64_t w[80];
 #pragma GCC unroll 16
         for (int i = 0; i < 16; ++i)
-            w[i] = loadBE64(data + 8 * i);
+            w[i] = detail::loadBE64(data + 8 * i);
 #pragma GCC unroll 64
         for (int i = 16; i < 80; ++i)
-            w[i] = smallSigma1(w[i - 2]) + w[i - 7] + smallSigma0(w[i - 15]) + w[i - 16];
+            w[i] = detail::sha512SmallSigma1(w[i - 2]) + w[i - 7] +
+                   detail::sha512SmallSigma0(w[i - 15]) + w[i - 16];
 #pragma GCC unroll 80
         for (int i = 0; i < 80; ++i)
-            w[i] += kConstants[i];
-        std::uint64_t a = state[0], b = state[1], c = state[2], d = state[3];
-        std::uint64_t e = state[4], f = state[5], g = state[6], h = state[7];
-        std::uint64_t p = 0, q = b ^ c;
-#pragma GCC unroll 10
-        for (int t = 0; t < 80; t += 8) {
-            ZK_SHA512_ROUND(a, b, c, d, e, f, g, h, w[t], p, q);
-            ZK_SHA512_ROUND(h, a, b, c, d, e, f, g, w[t + 1], q, p);
-            ZK_SHA512_ROUND(g, h, a, b, c, d, e, f, w[t + 2], p, q);
-            ZK_SHA512_ROUND(f, g, h, a, b, c, d, e, w[t + 3], q, p);
-            ZK_SHA512_ROUND(e, f, g, h, a, b, c, d, w[t + 4], p, q);
-            ZK_SHA512_ROUND(d, e, f, g, h, a, b, c, w[t + 5], q, p);
-            ZK_SHA512_ROUND(c, d, e, f, g, h, a, b, w[t + 6], p, q);
-            ZK_SHA512_ROUND(b, c, d, e, f, g, h, a, w[t + 7], q, p);
-        }
-        state[0] += a, state[1] += b, state[2] += c, state[3] += d;
-        state[4] += e, state[5] += f, state[6] += g, state[7] += h;
+            w[i] += kSha512Constants[i];
+        detail::sha512Rounds(state, [&w](int t) { return w[t]; });
     }
 }
-
-#undef ZK_SHA512_ROUND
 
 void sha512BlocksPortable(std::uint64_t state[8], const unsigned char* data,
                           std::size_t blocks) noexcept {
@@ -110,6 +71,13 @@ sha512BlocksBmi2(std::uint64_t state[8], const unsigned char* data, std::size_t 
 
 void sha512Blocks(std::uint64_t state[8], const unsigned char* data, std::size_t blocks) noexcept {
 #if ZK_CRYPTO_X86
+    if (detail::useAvx2()) {
+        const std::size_t pairs = blocks & ~std::size_t(1);
+        if (pairs != 0)
+            detail::sha512PairsAvx2(state, data, pairs);
+        data += pairs * 128;
+        blocks -= pairs;
+    }
     if (detail::useBmi2())
         return sha512BlocksBmi2(state, data, blocks);
 #endif
