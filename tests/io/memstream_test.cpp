@@ -1,10 +1,14 @@
 // ZkMemStream: a random walk against std::stringstream, lazy sources, searches across block
 // boundaries, constant memory with keep memory off, trimming, checksums and copies.
+#include "support.h"
 #include "zkcommon/io/memstream.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <random>
+#include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <unistd.h>
@@ -12,10 +16,6 @@
 using namespace ZkCommonNS;
 
 namespace {
-
-std::string readAll(std::istream& in) {
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 std::string pattern(size_t length, unsigned seed = 1) {
     std::string text(length, '\0');
@@ -412,4 +412,74 @@ TEST(MemStream, ASourceReadingItselfIsRefused) {
     ZkMemStream stream;
     stream.setSource(&stream, false);
     EXPECT_EQ(stream.getSource(), nullptr);
+}
+
+TEST(MemStream, MovesToATemporaryFileAndBack) {
+    {
+        ZkMemStream stream(new std::istringstream("line one\r\nline two PK\x07\x08 tail"), 4, true);
+        stream.seekg(3);
+        stream.changeTempBuffer();
+        ASSERT_TRUE(stream.isTempBuffer());
+        EXPECT_EQ(stream.tellg(), std::streampos(0));
+        EXPECT_EQ(stream.length(), 28u);
+        EXPECT_EQ(stream.rdbuf()->length(), 0u); // the memory is given up
+        stream.changeTempBuffer();               // already on disk: nothing happens
+        EXPECT_TRUE(stream.searchSeek("PK\x07\x08"));
+        EXPECT_EQ(stream.tellg(), std::streampos(19));
+        EXPECT_TRUE(stream.skipSeek("PK"));
+        EXPECT_EQ(stream.tellg(), std::streampos(21));
+        stream.seekg(0);
+        stream.seekEOL();
+        EXPECT_EQ(stream.tellg(), std::streampos(10));
+        stream.seekp(0, std::ios::end);
+        stream << "!";
+        stream.setSource(new std::istringstream("more"), true);
+        EXPECT_EQ(stream.length(), 33u);
+        std::string content;
+        stream.appendToString(content);
+        EXPECT_EQ(content, "line one\r\nline two PK\x07\x08 tail!more");
+
+        ZkMemStream copy(stream);
+        EXPECT_FALSE(copy.isTempBuffer());
+        copy.seekg(0);
+        EXPECT_EQ(readAll(copy), content);
+        EXPECT_EQ(copy.calcOTFTableChecksum(), stream.calcOTFTableChecksum());
+
+        stream.trim(4);
+        stream.seekg(0);
+        EXPECT_EQ(readAll(stream), "line");
+        stream.resetBuffer(); // ignored while the file is in use
+        EXPECT_TRUE(stream.isTempBuffer());
+        stream.erase();
+        EXPECT_FALSE(stream.isTempBuffer());
+        stream << "memory again";
+        EXPECT_EQ(readAll(stream), "memory again");
+    }
+}
+
+TEST(MemStream, TemporaryFileIsRemovedWithTheStream) {
+    const std::string directory = utf8(ZkTempFile::getTempDirectory());
+    const auto spilled = [&] {
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+            const std::string file = entry.path().filename().string();
+            if (file.rfind("ZkMem", 0) == 0)
+                names.insert(file);
+        }
+        return names;
+    };
+    const std::set<std::string> before = spilled();
+    {
+        ZkMemStream stream;
+        stream << "content";
+        stream.changeTempBuffer();
+        std::set<std::string> during = spilled();
+        for (const std::string& name : before)
+            during.erase(name);
+        ASSERT_EQ(during.size(), 1u);
+        EXPECT_TRUE(
+            std::regex_match(*during.begin(), std::regex("ZkMem[0-9a-f]{3,}_[0-9a-f]{4,}\\.tmp")));
+        EXPECT_EQ(readAll(stream), "content");
+    }
+    EXPECT_EQ(spilled(), before);
 }
