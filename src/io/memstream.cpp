@@ -3,6 +3,7 @@
 #include "zkcommon/io/memstream.h"
 
 #include "zkcommon/core/error.h"
+#include "zkcommon/crypto/md5.h"
 #include "zkcommon/io/uri.h"
 
 #include <algorithm>
@@ -120,6 +121,20 @@ uint32_t fileChecksum(std::streambuf* file) {
         sum += word << (8 * (4 - pending));
     moveTo(file, position);
     return sum;
+}
+
+std::array<unsigned char, 16> fileMD5(std::streambuf* file) {
+    file->pubsync();
+    const uint64_t position = tell(file);
+    moveTo(file, 0);
+    std::string chunk;
+    MD5_CTX md5;
+    while (readChunk(file, chunk) > 0)
+        md5.Update(reinterpret_cast<const unsigned char*>(chunk.data()), chunk.size());
+    moveTo(file, position);
+    std::array<unsigned char, 16> digest;
+    md5.Final(digest.data());
+    return digest;
 }
 
 } // namespace
@@ -298,6 +313,10 @@ void ZkMemStream::trim(uint64_t length) {
 
 uint32_t ZkMemStream::calcOTFTableChecksum() {
     return m_fileStream ? fileChecksum(m_fileStream->rdbuf()) : m_buffer.calcOTFTableChecksum();
+}
+
+std::array<unsigned char, 16> ZkMemStream::getMD5() {
+    return m_fileStream ? fileMD5(m_fileStream->rdbuf()) : m_buffer.getMD5();
 }
 
 bool ZkMemStream::searchSeek(const char* pattern, uint64_t length) {

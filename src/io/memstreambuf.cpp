@@ -1,5 +1,6 @@
 // ZkMemStreamBuf: blocks, lazily read sources, independent get and put areas, and the searches
 // that walk across block boundaries.
+#include "zkcommon/crypto/md5.h"
 #include "zkcommon/io/memstream.h"
 
 #include <algorithm>
@@ -521,6 +522,17 @@ uint32_t ZkMemStreamBuf::calcOTFTableChecksum() {
     if (pending != 0)
         sum += word << (8 * (4 - pending));
     return sum;
+}
+
+std::array<unsigned char, 16> ZkMemStreamBuf::getMD5() {
+    pullAll();
+    flushBuffer();
+    MD5_CTX md5;
+    for (uint64_t i = 0; i < m_blocks.size(); ++i)
+        md5.Update(reinterpret_cast<const unsigned char*>(m_blocks[i]), fillOf(i));
+    std::array<unsigned char, 16> digest;
+    md5.Final(digest.data());
+    return digest;
 }
 
 // ---- searches ----

@@ -6,6 +6,7 @@
 #include "zkcommon/core/export.h"
 #include "zkcommon/io/tempfile.h"
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <istream>
@@ -71,6 +72,9 @@ public:
     /// The OpenType table checksum of the content (all sources read): the sum of its
     /// big-endian 32-bit words modulo 2^32, the last word padded with zeros.
     uint32_t calcOTFTableChecksum();
+    /// The MD5 digest (RFC 1321) of the content (all sources read); with keep memory off,
+    /// of the bytes still held.
+    std::array<unsigned char, 16> getMD5();
     /// Finds `pattern` at or after the get position, across blocks and reading sources as far
     /// as needed, and moves the get position to the start of the match. A `length` of 0 takes
     /// strlen(pattern). False, with the position unchanged, for a null or empty pattern or when
@@ -170,6 +174,9 @@ public:
     void abandonBuffer();
     void trim(uint64_t length);
     uint32_t calcOTFTableChecksum();
+    /// The MD5 digest of the whole content, from the memory blocks or the temporary file; the
+    /// positions stay where they are.
+    std::array<unsigned char, 16> getMD5();
     bool searchSeek(const char* pattern, uint64_t length = 0);
     bool skipSeek(const char* pattern, uint64_t length = 0);
     void seekEOL();
