@@ -33,9 +33,8 @@ ZK_AVX2_INLINE __m256i smallSigma1(__m256i x) {
 ZK_AVX2_TARGET void sha512PairsAvx2(std::uint64_t state[8], const unsigned char* data,
                                     std::size_t blocks) noexcept {
     // Reverses the bytes of each 64-bit word.
-    const __m256i byteSwap =
-        _mm256_set_epi64x(0x08090a0b0c0d0e0fLL, 0x0001020304050607LL, 0x08090a0b0c0d0e0fLL,
-                          0x0001020304050607LL);
+    const __m256i byteSwap = _mm256_set_epi64x(0x08090a0b0c0d0e0fLL, 0x0001020304050607LL,
+                                               0x08090a0b0c0d0e0fLL, 0x0001020304050607LL);
     for (; blocks >= 2; blocks -= 2, data += 256) {
         // x[s] holds words 2s and 2s + 1 of the first block in its low lane and of the second
         // block in its high lane; wk[s] the same plus the round constants.
