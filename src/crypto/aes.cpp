@@ -5,6 +5,7 @@
 #include "crypto/cryptoimpl.h"
 
 #include <cstring>
+#include <new>
 
 namespace ZkCommonNS {
 
@@ -104,17 +105,32 @@ void cfb1(const AesKeySchedule& key, const unsigned char* iv, const unsigned cha
     }
 }
 
+// The round keys are the key: they are cleared before the memory goes back. The volatile
+// stores keep the compiler from dropping the clearing of memory about to be freed.
+void wipeSchedule(AesKeySchedule* schedule) noexcept {
+    volatile unsigned char* bytes = reinterpret_cast<volatile unsigned char*>(schedule);
+    for (std::size_t i = 0; i < sizeof *schedule; ++i)
+        bytes[i] = 0;
+    delete schedule;
+}
+
 } // namespace
 
 AES_Base::AES_Base(AES_Mode mode, const unsigned char* key, int keyBytes, const unsigned char* iv,
-                   bool encrypt)
+                   bool encrypt) noexcept
     : m_mode(mode), m_encrypt(encrypt), m_iv() {
     if (iv != nullptr)
         std::memcpy(m_iv, iv, kBlock);
-    if (key != nullptr && (keyBytes == 16 || keyBytes == 24 || keyBytes == 32)) {
-        auto schedule = std::make_shared<AesKeySchedule>();
+    if (key == nullptr || (keyBytes != 16 && keyBytes != 24 && keyBytes != 32))
+        return;
+    // Out of memory leaves the object without a key, as a bad key length does: the operations
+    // then answer AES_BAD_KEY and nothing is thrown.
+    try {
+        std::shared_ptr<AesKeySchedule> schedule(new AesKeySchedule, wipeSchedule);
         detail::aesExpandKey(*schedule, key, keyBytes);
         m_key = std::move(schedule);
+    } catch (const std::bad_alloc&) {
+        m_key.reset();
     }
 }
 
@@ -213,13 +229,13 @@ int AES_Base::padDecrypt(const unsigned char* in, int lengthBytes,
 }
 
 AES_Encryption::AES_Encryption(AES_Mode mode, const unsigned char* key, int keyBytes,
-                               const unsigned char* iv)
+                               const unsigned char* iv) noexcept
     : AES_Base(mode, key, keyBytes, iv, /*encrypt=*/true) {}
 
 AES_Encryption::~AES_Encryption() = default;
 
 AES_Decryption::AES_Decryption(AES_Mode mode, const unsigned char* key, int keyBytes,
-                               const unsigned char* iv)
+                               const unsigned char* iv) noexcept
     : AES_Base(mode, key, keyBytes, iv, /*encrypt=*/false) {}
 
 AES_Decryption::~AES_Decryption() = default;

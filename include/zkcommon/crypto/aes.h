@@ -14,7 +14,7 @@ struct AesKeySchedule;
 }
 
 /// The chaining modes.
-enum AES_Mode {
+enum AES_Mode : int {
     AES_MODE_ECB = 0,
     AES_MODE_CBC = 1,
     AES_MODE_CFB1 = 2, ///< cipher feedback, one bit at a time (most significant bit first)
@@ -66,7 +66,7 @@ protected:
     /// Sets up the schedule for `keyBytes` bytes of `key` for the given direction; a null `iv`
     /// is sixteen zero bytes.
     AES_Base(AES_Mode mode, const unsigned char* key, int keyBytes, const unsigned char* iv,
-             bool encrypt);
+             bool encrypt) noexcept;
     AES_Base(const AES_Base&) = default;
     AES_Base& operator=(const AES_Base&) = default;
 
@@ -83,9 +83,10 @@ protected:
 class ZKCOMMON_API AES_Encryption : public AES_Base {
 public:
     /// `keyBytes` is 16, 24 or 32 (10, 12 or 14 rounds); any other length, or a null key,
-    /// sets up no schedule and every operation answers AES_BAD_KEY. May throw std::bad_alloc.
+    /// sets up no schedule and every operation answers AES_BAD_KEY (as when no memory is left
+    /// for the schedule).
     AES_Encryption(AES_Mode mode, const unsigned char* key, int keyBytes,
-                   const unsigned char* iv = nullptr);
+                   const unsigned char* iv = nullptr) noexcept;
     ~AES_Encryption() override;
 };
 
@@ -95,7 +96,7 @@ public:
     /// As AES_Encryption. In CFB mode the cipher runs forwards in both directions, and the
     /// schedule is set up accordingly.
     AES_Decryption(AES_Mode mode, const unsigned char* key, int keyBytes,
-                   const unsigned char* iv = nullptr);
+                   const unsigned char* iv = nullptr) noexcept;
     ~AES_Decryption() override;
 };
 
