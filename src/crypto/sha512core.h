@@ -14,6 +14,13 @@ alignas(16) extern const std::uint64_t kSha512Constants[80];
 // Always inlined, so that each caller compiles them for its own instruction set.
 #define ZK_SHA512_INLINE __attribute__((always_inline)) inline
 
+// A file that includes this one for an instruction set of its own defines the target attribute
+// here first, so that the rounds can take its functions as arguments and inline them; the rounds
+// are templates, instantiated by each file with types of its own.
+#ifndef ZK_SHA512_ROUNDS_TARGET
+#define ZK_SHA512_ROUNDS_TARGET
+#endif
+
 ZK_SHA512_INLINE std::uint64_t sha512BigSigma0(std::uint64_t x) noexcept {
     return rotr64(x, 28) ^ rotr64(x, 34) ^ rotr64(x, 39);
 }
@@ -39,9 +46,11 @@ ZK_SHA512_INLINE std::uint64_t sha512SmallSigma1(std::uint64_t x) noexcept {
         h = t1 + sha512BigSigma0(a) + (b ^ (ab & bc));                                             \
     } while (0)
 
-/// The 80 rounds of one block on `state`; `wk(t)` gives schedule word t plus constant t.
-template <class ScheduleWord>
-ZK_SHA512_INLINE void sha512Rounds(std::uint64_t state[8], ScheduleWord wk) noexcept {
+/// The 80 rounds of one block on `state`; `wk(t)` gives schedule word t plus constant t, and
+/// `between(group)` runs after each group of eight rounds (other work to overlap with them).
+template <class ScheduleWord, class Between>
+ZK_SHA512_ROUNDS_TARGET ZK_SHA512_INLINE void sha512Rounds(std::uint64_t state[8], ScheduleWord wk,
+                                                           Between between) noexcept {
     std::uint64_t a = state[0], b = state[1], c = state[2], d = state[3];
     std::uint64_t e = state[4], f = state[5], g = state[6], h = state[7];
     std::uint64_t p = 0, q = b ^ c;
@@ -55,9 +64,17 @@ ZK_SHA512_INLINE void sha512Rounds(std::uint64_t state[8], ScheduleWord wk) noex
         ZK_SHA512_ROUND(d, e, f, g, h, a, b, c, wk(t + 5), q, p);
         ZK_SHA512_ROUND(c, d, e, f, g, h, a, b, wk(t + 6), p, q);
         ZK_SHA512_ROUND(b, c, d, e, f, g, h, a, wk(t + 7), q, p);
+        between(t / 8);
     }
     state[0] += a, state[1] += b, state[2] += c, state[3] += d;
     state[4] += e, state[5] += f, state[6] += g, state[7] += h;
+}
+
+/// The same with nothing in between.
+template <class ScheduleWord>
+ZK_SHA512_ROUNDS_TARGET ZK_SHA512_INLINE void sha512Rounds(std::uint64_t state[8],
+                                                           ScheduleWord wk) noexcept {
+    sha512Rounds(state, wk, [](int) {});
 }
 
 #undef ZK_SHA512_ROUND
