@@ -6,10 +6,11 @@
 
 namespace ZkCommonNS {
 
-/// The digests and ciphers use the processor's SHA extensions (SHA-1, SHA-256) and AES
-/// instructions where it has them, found once at first use, and portable code elsewhere. Setting
-/// the environment variable ZK_CRYPTO_PORTABLE to anything but "" or "0" before the first use
-/// forces the portable code, as does setPortable(true). Results are the same on every path.
+/// The digests and ciphers use the processor's SHA extensions (SHA-1, SHA-256), AES instructions,
+/// and AVX2 with BMI2 (SHA-384, SHA-512) where it has them, found once at first use, and portable
+/// code elsewhere. Setting the environment variable ZK_CRYPTO_PORTABLE to anything but "" or "0"
+/// before the first use forces the portable code, as does setPortable(true). Results are the
+/// same on every path.
 class ZKCOMMON_API ZkCryptoAcceleration {
 public:
     /// Whether SHA-1 and SHA-256 currently use the SHA extensions.
