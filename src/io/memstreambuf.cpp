@@ -132,33 +132,35 @@ void ZkMemStreamBuf::appendBuffer(bool fresh) {
     // The last block stops being last: its unwritten tail becomes part of the content.
     if (!m_blocks.empty() && m_used < m_growBytes)
         std::memset(m_blocks.back() + m_used, 0, m_growBytes - m_used);
-    char* block = nullptr;
     if (fresh || m_blocks.size() < 2) {
-        block = new char[m_growBytes];
+        m_blocks.push_back(new char[m_growBytes]);
     } else {
-        // A one-pass read recycles: the oldest blocks go, the last two stay.
-        while (!m_blocks.empty()) {
-            if (eback() && m_getIndex == 0)
-                setg(nullptr, nullptr, nullptr);
-            else if (eback())
-                --m_getIndex;
-            if (pbase() && m_putIndex == 0)
-                setp(nullptr, nullptr);
-            else if (pbase())
-                --m_putIndex;
-            char* oldest = m_blocks.front();
+        // A one-pass read recycles: the oldest blocks go until two remain, and the older of
+        // those two becomes the new last block. Swapping the pair keeps the queue itself from
+        // allocating as the read moves on.
+        while (m_blocks.size() > 2) {
+            forgetFirstBlock();
+            delete[] m_blocks.front();
             m_blocks.pop_front();
-            ++m_droppedBlocks;
-            if (m_blocks.size() < 2) {
-                block = oldest;
-                break;
-            }
-            delete[] oldest;
         }
+        forgetFirstBlock();
+        std::swap(m_blocks[0], m_blocks[1]);
     }
-    m_blocks.push_back(block);
     m_used = 0;
     fillLastBlock();
+}
+
+void ZkMemStreamBuf::forgetFirstBlock() noexcept {
+    // Areas on the first block lose it; the others move down one place.
+    if (eback() && m_getIndex == 0)
+        setg(nullptr, nullptr, nullptr);
+    else if (eback())
+        --m_getIndex;
+    if (pbase() && m_putIndex == 0)
+        setp(nullptr, nullptr);
+    else if (pbase())
+        --m_putIndex;
+    ++m_droppedBlocks;
 }
 
 bool ZkMemStreamBuf::pullBlock() {
