@@ -404,7 +404,8 @@ ZkMemStreamBuf::pos_type ZkMemStreamBuf::seekoff(off_type offset, std::ios_base:
         pullAll(); // only now is the end known
         base = length();
     }
-    if (offset < 0 && static_cast<uint64_t>(-offset) > base)
+    // -(offset + 1) + 1 is the magnitude, also for the most negative offset.
+    if (offset < 0 && static_cast<uint64_t>(-(offset + 1)) + 1 > base)
         return failed;
     const uint64_t target = base + static_cast<uint64_t>(offset);
     if (target > static_cast<uint64_t>(std::numeric_limits<off_type>::max()))

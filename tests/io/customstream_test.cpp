@@ -2,6 +2,7 @@
 #include "zkcommon/io/customstream.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 
 using namespace ZkCommonNS;
@@ -174,6 +175,12 @@ TEST(StrStream, ReadsAndSeeksInsideTheBlock) {
     stream.seekg(-5, std::ios::cur);
     EXPECT_TRUE(stream.fail());
     stream.clear();
+    for (std::streamoff extreme :
+         {std::numeric_limits<std::streamoff>::min(), std::numeric_limits<std::streamoff>::max()}) {
+        stream.seekg(extreme, std::ios::cur);
+        EXPECT_TRUE(stream.fail());
+        stream.clear();
+    }
     stream.seekg(10);
     EXPECT_EQ(stream.get(), std::char_traits<char>::eof());
 }

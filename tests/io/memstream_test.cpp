@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
 #include <regex>
 #include <set>
@@ -303,6 +304,14 @@ TEST(MemStream, WritingPastTheEndFillsTheGapWithZeros) {
     EXPECT_EQ(content, std::string("ab\0\0\0\0\0\0\0\0\0z", 12));
     EXPECT_TRUE(stream.seekg(12));
     EXPECT_FALSE(stream.seekg(13));
+    stream.clear();
+    EXPECT_FALSE(stream.seekg(-1));
+    stream.clear();
+    EXPECT_FALSE(stream.seekg(std::numeric_limits<std::streamoff>::min(), std::ios::cur));
+    stream.clear();
+    EXPECT_FALSE(stream.seekp(std::numeric_limits<std::streamoff>::max(), std::ios::end));
+    stream.clear();
+    EXPECT_EQ(stream.tellp(), std::streampos(12));
 }
 
 TEST(MemStream, TrimCutsAndMovesPositions) {
