@@ -200,7 +200,7 @@ ZkStrStream::StrStreamBuf::seekoff(off_type offset, std::ios_base::seekdir direc
     else if (direction == std::ios_base::end)
         base = static_cast<off_type>(m_length);
     // Both bounds are checked before adding, so that no offset can overflow the sum.
-    if ((offset < 0 && -offset > base) ||
+    if ((offset < 0 && -(offset + 1) >= base) ||
         (offset > 0 && static_cast<uint64_t>(offset) > m_length - static_cast<uint64_t>(base)))
         return pos_type(off_type(-1));
     const off_type position = base + offset;

@@ -133,33 +133,35 @@ void ZkMemStreamBuf::appendBuffer(bool fresh) {
     // The last block stops being last: its unwritten tail becomes part of the content.
     if (!m_blocks.empty() && m_used < m_growBytes)
         std::memset(m_blocks.back() + m_used, 0, m_growBytes - m_used);
-    char* block = nullptr;
     if (fresh || m_blocks.size() < 2) {
-        block = new char[m_growBytes];
+        m_blocks.push_back(new char[m_growBytes]);
     } else {
-        // A one-pass read recycles: the oldest blocks go, the last two stay.
-        while (!m_blocks.empty()) {
-            if (eback() && m_getIndex == 0)
-                setg(nullptr, nullptr, nullptr);
-            else if (eback())
-                --m_getIndex;
-            if (pbase() && m_putIndex == 0)
-                setp(nullptr, nullptr);
-            else if (pbase())
-                --m_putIndex;
-            char* oldest = m_blocks.front();
+        // A one-pass read recycles: the oldest blocks go until two remain, and the older of
+        // those two becomes the new last block. Swapping the pair keeps the queue itself from
+        // allocating as the read moves on.
+        while (m_blocks.size() > 2) {
+            forgetFirstBlock();
+            delete[] m_blocks.front();
             m_blocks.pop_front();
-            ++m_droppedBlocks;
-            if (m_blocks.size() < 2) {
-                block = oldest;
-                break;
-            }
-            delete[] oldest;
         }
+        forgetFirstBlock();
+        std::swap(m_blocks[0], m_blocks[1]);
     }
-    m_blocks.push_back(block);
     m_used = 0;
     fillLastBlock();
+}
+
+void ZkMemStreamBuf::forgetFirstBlock() noexcept {
+    // Areas on the first block lose it; the others move down one place.
+    if (eback() && m_getIndex == 0)
+        setg(nullptr, nullptr, nullptr);
+    else if (eback())
+        --m_getIndex;
+    if (pbase() && m_putIndex == 0)
+        setp(nullptr, nullptr);
+    else if (pbase())
+        --m_putIndex;
+    ++m_droppedBlocks;
 }
 
 bool ZkMemStreamBuf::pullBlock() {
@@ -403,7 +405,8 @@ ZkMemStreamBuf::pos_type ZkMemStreamBuf::seekoff(off_type offset, std::ios_base:
         pullAll(); // only now is the end known
         base = length();
     }
-    if (offset < 0 && static_cast<uint64_t>(-offset) > base)
+    // -(offset + 1) + 1 is the magnitude, also for the most negative offset.
+    if (offset < 0 && static_cast<uint64_t>(-(offset + 1)) + 1 > base)
         return failed;
     const uint64_t target = base + static_cast<uint64_t>(offset);
     if (target > static_cast<uint64_t>(std::numeric_limits<off_type>::max()))

@@ -115,6 +115,7 @@ private:
     void pullAll();
     void dropSource();
     void freeBlocks();
+    void forgetFirstBlock() noexcept;
     void setGetArea(uint64_t index, uint64_t offset);
     void setPutArea(uint64_t index, uint64_t offset);
     uint64_t getPosition() const noexcept;
