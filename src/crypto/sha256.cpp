@@ -42,10 +42,10 @@ inline std::uint32_t smallSigma1(std::uint32_t x) noexcept {
 }
 
 // One round, with the eight working variables renamed instead of moved: the caller rotates the
-// argument order.
-#define ZK_SHA256_ROUND(a, b, c, d, e, f, g, h, k, w)                                              \
+// argument order. `wk` is the schedule word plus the round constant.
+#define ZK_SHA256_ROUND(a, b, c, d, e, f, g, h, wk)                                                \
     do {                                                                                           \
-        const std::uint32_t t1 = h + bigSigma1(e) + (g ^ (e & (f ^ g))) + (k) + (w);               \
+        const std::uint32_t t1 = h + (wk) + bigSigma1(e) + (g ^ (e & (f ^ g)));                    \
         const std::uint32_t t2 = bigSigma0(a) + ((a & b) | (c & (a | b)));                         \
         d += t1;                                                                                   \
         h = t1 + t2;                                                                               \
@@ -54,28 +54,30 @@ inline std::uint32_t smallSigma1(std::uint32_t x) noexcept {
 void sha256BlocksPortable(std::uint32_t state[8], const unsigned char* data,
                           std::size_t blocks) noexcept {
     for (; blocks > 0; --blocks, data += 64) {
-        std::uint32_t w[16];
+        // The whole schedule plus the constants first: the rounds' critical path then holds only
+        // their own arithmetic, and the schedule's work overlaps it.
+        std::uint32_t w[64];
+#pragma GCC unroll 16
         for (int i = 0; i < 16; ++i)
             w[i] = loadBE32(data + 4 * i);
+#pragma GCC unroll 48
+        for (int i = 16; i < 64; ++i)
+            w[i] = smallSigma1(w[i - 2]) + w[i - 7] + smallSigma0(w[i - 15]) + w[i - 16];
+#pragma GCC unroll 64
+        for (int i = 0; i < 64; ++i)
+            w[i] += kSha256Constants[i];
         std::uint32_t a = state[0], b = state[1], c = state[2], d = state[3];
         std::uint32_t e = state[4], f = state[5], g = state[6], h = state[7];
+#pragma GCC unroll 8
         for (int t = 0; t < 64; t += 8) {
-            if (t >= 16)
-                for (int i = 0; i < 8; ++i) {
-                    const int j = (t + i) & 15;
-                    w[j] += smallSigma1(w[(j + 14) & 15]) + w[(j + 9) & 15] +
-                            smallSigma0(w[(j + 1) & 15]);
-                }
-            const std::uint32_t* k = kSha256Constants + t;
-            const std::uint32_t* x = w + (t & 15);
-            ZK_SHA256_ROUND(a, b, c, d, e, f, g, h, k[0], x[0]);
-            ZK_SHA256_ROUND(h, a, b, c, d, e, f, g, k[1], x[1]);
-            ZK_SHA256_ROUND(g, h, a, b, c, d, e, f, k[2], x[2]);
-            ZK_SHA256_ROUND(f, g, h, a, b, c, d, e, k[3], x[3]);
-            ZK_SHA256_ROUND(e, f, g, h, a, b, c, d, k[4], x[4]);
-            ZK_SHA256_ROUND(d, e, f, g, h, a, b, c, k[5], x[5]);
-            ZK_SHA256_ROUND(c, d, e, f, g, h, a, b, k[6], x[6]);
-            ZK_SHA256_ROUND(b, c, d, e, f, g, h, a, k[7], x[7]);
+            ZK_SHA256_ROUND(a, b, c, d, e, f, g, h, w[t]);
+            ZK_SHA256_ROUND(h, a, b, c, d, e, f, g, w[t + 1]);
+            ZK_SHA256_ROUND(g, h, a, b, c, d, e, f, w[t + 2]);
+            ZK_SHA256_ROUND(f, g, h, a, b, c, d, e, w[t + 3]);
+            ZK_SHA256_ROUND(e, f, g, h, a, b, c, d, w[t + 4]);
+            ZK_SHA256_ROUND(d, e, f, g, h, a, b, c, w[t + 5]);
+            ZK_SHA256_ROUND(c, d, e, f, g, h, a, b, w[t + 6]);
+            ZK_SHA256_ROUND(b, c, d, e, f, g, h, a, w[t + 7]);
         }
         state[0] += a, state[1] += b, state[2] += c, state[3] += d;
         state[4] += e, state[5] += f, state[6] += g, state[7] += h;
