@@ -24,7 +24,7 @@ enum AES_Mode : int {
 enum AES_Result {
     AES_NOTHING_DONE = 0,   ///< a null buffer, or a length of 0 or below
     AES_BAD_MODE = -1,      ///< the mode is unknown, or padding was asked of CFB
-    AES_BAD_KEY = -5,       ///< no key schedule: the key length was not 16, 24 or 32
+    AES_BAD_KEY = -5,       ///< no key schedule: the key length was not 16, 24 or 32, or no memory
     AES_BAD_DIRECTION = -6, ///< the key was set up for the other direction
     AES_BAD_DATA = -7,      ///< bad padding, or a padded length that is no multiple of 16
 };
@@ -50,7 +50,8 @@ public:
     int blockDecrypt(const unsigned char* in, int lengthBits, unsigned char* out) const noexcept;
     /// Encrypts `lengthBytes` bytes padded to whole blocks as PKCS#7 does (1 to 16 bytes each
     /// holding the count; a whole block when the input is whole). `out` takes
-    /// lengthBytes / 16 * 16 + 16 bytes. ECB and CBC only. Returns the number of bytes written.
+    /// lengthBytes / 16 * 16 + 16 bytes. ECB and CBC only. Returns the number of bytes written,
+    /// or AES_BAD_DATA when that number would not fit an int.
     int padEncrypt(const unsigned char* in, int lengthBytes, unsigned char* out) const noexcept;
     /// Decrypts `lengthBytes` bytes (a multiple of 16) and checks and strips the padding;
     /// writes only message bytes to `out`. Returns the message length, or AES_BAD_DATA for a
