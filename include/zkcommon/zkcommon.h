@@ -26,9 +26,12 @@
 #include "zkcommon/text/util.h"
 
 // io
+#include "zkcommon/io/customstream.h"
 #include "zkcommon/io/fwd.h"
 #include "zkcommon/io/icuistream.h"
+#include "zkcommon/io/memstream.h"
 #include "zkcommon/io/rqcstream.h"
+#include "zkcommon/io/tempfile.h"
 #include "zkcommon/io/uri.h"
 
 // dom
@@ -48,5 +51,15 @@
 
 // xml
 #include "zkcommon/xml/xmlutil.h"
+
+// crypto
+#include "zkcommon/crypto/acceleration.h"
+#include "zkcommon/crypto/aes.h"
+#include "zkcommon/crypto/fwd.h"
+#include "zkcommon/crypto/md5.h"
+#include "zkcommon/crypto/rc4.h"
+#include "zkcommon/crypto/sha1.h"
+#include "zkcommon/crypto/sha256.h"
+#include "zkcommon/crypto/sha512.h"
 
 #endif // ZKCOMMON_ZKCOMMON_H
