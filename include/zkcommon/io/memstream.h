@@ -150,6 +150,7 @@ public:
     ZkMemStream& operator=(const ZkMemStream& other);
     ~ZkMemStream() noexcept override;
 
+    /// The memory buffer, also while the stream reads and writes a temporary file.
     ZkMemStreamBuf* rdbuf() const { return const_cast<ZkMemStreamBuf*>(&m_buffer); }
 
     // The operations of ZkMemStreamBuf. After changeTempBuffer they work on the temporary
