@@ -178,6 +178,8 @@ TEST(MemStream, SourcesFollowEachOtherAndBelongAsTold) {
     }
     EXPECT_TRUE(ownedGone);
     EXPECT_FALSE(borrowedGone);
+    ZkMemStream byReference(*new std::istringstream("taken")); // deleted by the stream
+    EXPECT_EQ(readAll(byReference), "taken");
 }
 
 TEST(MemStream, SearchSeekFindsAPatternAcrossBlocks) {

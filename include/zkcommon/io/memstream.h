@@ -154,11 +154,14 @@ public:
     ZkMemStream& operator=(const ZkMemStream& other);
     ~ZkMemStream() noexcept override;
 
+    /// The memory buffer, also while the stream reads and writes a temporary file.
     ZkMemStreamBuf* rdbuf() const { return const_cast<ZkMemStreamBuf*>(&m_buffer); }
 
     // The operations of ZkMemStreamBuf. After changeTempBuffer they work on the temporary
-    // file, except where said otherwise.
+    // file, except where said otherwise. The buffer's clear() is reached as erase(), so that
+    // std::ios::clear keeps its meaning here.
 
+    /// With a temporary file in use the source is appended to the file at once.
     void setSource(std::istream* source, bool own);
     std::istream* getSource() const noexcept;
     uint64_t copyStream(std::istream& source, uint64_t length);
@@ -171,6 +174,7 @@ public:
     uint64_t getGrowBytes() const noexcept { return m_buffer.getGrowBytes(); }
     void setGrowBytes(uint64_t growBytes) { m_buffer.setGrowBytes(growBytes); }
     void setKeepMemory(bool keep) noexcept { m_buffer.setKeepMemory(keep); }
+    /// Both give up a temporary file in use, and the stream returns to memory.
     void remove();
     void abandonBuffer();
     void trim(uint64_t length);
