@@ -25,6 +25,7 @@
 
 // io
 #include "zkcommon/io/fwd.h"
+#include "zkcommon/io/gzipstream.h"
 #include "zkcommon/io/icuistream.h"
 #include "zkcommon/io/rqcstream.h"
 #include "zkcommon/io/uri.h"

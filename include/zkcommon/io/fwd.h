@@ -11,6 +11,15 @@ class ZkRQCIStreamBuf;
 class ZkRQCIStream;
 class ZkRQCOStreamBuf;
 class ZkRQCOStream;
+class ZkGzipIStreamBuf;
+class ZkGzipIStream;
+class ZkGzipOStreamBuf;
+class ZkGzipOStream;
+class ZkInflaterStreamBuf;
+class ZkInflaterStream;
+class ZkZipEntry;
+class ZkZipFileEntry;
+class ZkZipFile;
 } // namespace ZkCommonNS
 
 #endif // ZKCOMMON_IO_FWD_H
