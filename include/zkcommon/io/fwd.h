@@ -20,6 +20,14 @@ class ZkInflaterStream;
 class ZkZipEntry;
 class ZkZipFileEntry;
 class ZkZipFile;
+class ZkCustomStreamController;
+class ZkCustomStreamBuf;
+class ZkCustomStream;
+class ZkStrStream;
+class ZkMemStreamBuf;
+class ZkMemStream;
+class ZkTempFile;
+class ZkUUID;
 } // namespace ZkCommonNS
 
 #endif // ZKCOMMON_IO_FWD_H
