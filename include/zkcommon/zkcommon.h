@@ -32,6 +32,7 @@
 #include "zkcommon/io/rqcstream.h"
 #include "zkcommon/io/tempfile.h"
 #include "zkcommon/io/uri.h"
+#include "zkcommon/io/zipfile.h"
 
 // dom
 #include "zkcommon/dom/attr.h"
