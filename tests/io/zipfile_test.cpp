@@ -5,9 +5,11 @@
 #include <cstring>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 #include <zkcommon/io/gzipstream.h>
 #include <zkcommon/io/tempfile.h>
@@ -44,59 +46,50 @@ std::string unhex(const std::string& hex) {
     return out;
 }
 
-void put16(std::string& out, unsigned value) {
-    out += static_cast<char>(value & 0xFF);
-    out += static_cast<char>(value >> 8 & 0xFF);
-}
-
-void put32(std::string& out, uint32_t value) {
-    put16(out, value & 0xFFFF);
-    put16(out, value >> 16);
+// Little-endian fields, each a value and its width in bytes.
+std::string fields(std::initializer_list<std::pair<uint64_t, int>> list) {
+    std::string out;
+    for (const auto& field : list)
+        for (int i = 0; i < field.second; ++i)
+            out += static_cast<char>(field.first >> (8 * i));
+    return out;
 }
 
 std::string localHeader(const std::string& name, unsigned flags, unsigned method, uint32_t crc,
                         uint32_t compressed, uint32_t size) {
-    std::string out = "PK\x03\x04";
-    put16(out, 20);
-    put16(out, flags);
-    put16(out, method);
-    put32(out, 0);
-    put32(out, crc);
-    put32(out, compressed);
-    put32(out, size);
-    put16(out, static_cast<unsigned>(name.size()));
-    put16(out, 0);
-    return out + name;
+    return "PK\x03\x04" +
+           fields({{20, 2},
+                   {flags, 2},
+                   {method, 2},
+                   {0, 4},
+                   {crc, 4},
+                   {compressed, 4},
+                   {size, 4},
+                   {name.size(), 2},
+                   {0, 2}}) +
+           name;
 }
 
 std::string centralRecord(const std::string& name, unsigned flags, unsigned method, uint32_t crc,
                           uint32_t compressed, uint32_t size, uint32_t offset) {
-    std::string out = "PK\x01\x02";
-    put16(out, 20);
-    put16(out, 20);
-    put16(out, flags);
-    put16(out, method);
-    put32(out, 0);
-    put32(out, crc);
-    put32(out, compressed);
-    put32(out, size);
-    put16(out, static_cast<unsigned>(name.size()));
-    for (int i = 0; i < 4; ++i)
-        put16(out, 0);
-    put32(out, 0);
-    put32(out, offset);
-    return out + name;
+    return "PK\x01\x02" +
+           fields({{20, 2},
+                   {20, 2},
+                   {flags, 2},
+                   {method, 2},
+                   {0, 4},
+                   {crc, 4},
+                   {compressed, 4},
+                   {size, 4},
+                   {name.size(), 2},
+                   {0, 8},
+                   {0, 4},
+                   {offset, 4}}) +
+           name;
 }
 
 std::string endRecord(unsigned count, uint32_t size, uint32_t offset) {
-    std::string out = "PK\x05\x06";
-    put32(out, 0);
-    put16(out, count);
-    put16(out, count);
-    put32(out, size);
-    put32(out, offset);
-    put16(out, 0);
-    return out;
+    return "PK\x05\x06" + fields({{0, 4}, {count, 2}, {count, 2}, {size, 4}, {offset, 4}, {0, 2}});
 }
 
 long peakResidentKiB() {
@@ -300,10 +293,7 @@ TEST(ZipFile, ZipBombReadsInBoundedMemory) {
     for (int i = 0; i < repeats; ++i)
         crc = crc32_combine(crc, zerosCrc, static_cast<z_off_t>(zeros.size()));
     std::string archive = localHeader("bomb.bin", 8, 8, 0, 0, 0) + deflated;
-    archive += "PK\x07\x08";
-    put32(archive, static_cast<uint32_t>(crc));
-    put32(archive, static_cast<uint32_t>(deflated.size()));
-    put32(archive, static_cast<uint32_t>(size));
+    archive += "PK\x07\x08" + fields({{crc, 4}, {deflated.size(), 4}, {size, 4}});
     const auto directoryStart = static_cast<uint32_t>(archive.size());
     const std::string central =
         centralRecord("bomb.bin", 8, 8, static_cast<uint32_t>(crc),
