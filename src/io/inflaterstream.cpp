@@ -55,8 +55,14 @@ void ZkInflaterStreamBuf::reset() {
 void ZkInflaterStreamBuf::fail() {
     m_dataError = true;
     m_ended = true;
-    if (m_owner)
+}
+
+// The owning stream learns of damage only when the bytes decoded before it have all been
+// delivered, so that nothing good is withheld.
+ZkInflaterStreamBuf::int_type ZkInflaterStreamBuf::endOfData() {
+    if (m_dataError && m_owner)
         m_owner->setstate(std::ios_base::badbit);
+    return traits_type::eof();
 }
 
 long ZkInflaterStreamBuf::produce(char* target, long capacity) {
@@ -96,7 +102,7 @@ ZkInflaterStreamBuf::int_type ZkInflaterStreamBuf::underflow() {
     const long made = produce(m_buffer + kPutback, kCapacity);
     setg(m_buffer + kPutback - keep, m_buffer + kPutback, m_buffer + kPutback + made);
     m_outputEnd += static_cast<unsigned long long>(made);
-    return made > 0 ? traits_type::to_int_type(*gptr()) : traits_type::eof();
+    return made > 0 ? traits_type::to_int_type(*gptr()) : endOfData();
 }
 
 std::streamsize ZkInflaterStreamBuf::xsgetn(char* data, std::streamsize count) {
@@ -116,8 +122,10 @@ std::streamsize ZkInflaterStreamBuf::xsgetn(char* data, std::streamsize count) {
         }
         const long made = produce(
             data + done, static_cast<long>(std::min<std::streamsize>(count - done, kMaxPiece)));
-        if (made <= 0)
+        if (made <= 0) {
+            endOfData();
             break;
+        }
         const long keep = std::min<long>(made, kPutback);
         std::memcpy(m_buffer + kPutback - keep, data + done + made - keep,
                     static_cast<size_t>(keep));

@@ -68,6 +68,7 @@ private:
     long produce(char* target, long capacity);
     long produceInflate(char* target, long capacity);
     void fail();
+    int_type endOfData();
     bool restart();
 
     Mode m_mode = Mode::kClosed;
@@ -193,6 +194,7 @@ private:
 
     long produce(char* target, long capacity);
     void fail();
+    int_type endOfData();
 
     char m_buffer[kPutback + kCapacity];
     std::unique_ptr<detail::ZlibStream> m_zlib;
