@@ -28,11 +28,13 @@
 // io
 #include "zkcommon/io/customstream.h"
 #include "zkcommon/io/fwd.h"
+#include "zkcommon/io/gzipstream.h"
 #include "zkcommon/io/icuistream.h"
 #include "zkcommon/io/memstream.h"
 #include "zkcommon/io/rqcstream.h"
 #include "zkcommon/io/tempfile.h"
 #include "zkcommon/io/uri.h"
+#include "zkcommon/io/zipfile.h"
 
 // dom
 #include "zkcommon/dom/attr.h"

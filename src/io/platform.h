@@ -21,6 +21,9 @@ std::string nativePath(const UnicodeString& path);
 bool pathExists(const UnicodeString& path);
 /// What the path names; `size` (when not null) gets the size of a file.
 FileKind statPath(const UnicodeString& path, int64_t* size);
+/// True only for a regular file (after symbolic links): never a FIFO, device or socket, which
+/// could block or never end.
+bool isRegularFile(const UnicodeString& path);
 /// True when the path, or its nearest existing ancestor, lies on a network file system.
 bool isNetworkPath(const UnicodeString& path);
 /// The full path of a shared object loaded in this process whose file name is `name`, or of

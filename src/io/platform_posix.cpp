@@ -94,6 +94,12 @@ detail::platform::FileKind detail::platform::statPath(const UnicodeString& path,
     return FileKind::kFile;
 }
 
+bool detail::platform::isRegularFile(const UnicodeString& path) {
+    std::string native = nativePath(path);
+    struct stat status;
+    return !native.empty() && ::stat(native.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 bool detail::platform::isNetworkPath(const UnicodeString& path) {
     std::string native = nativePath(path);
     if (native.empty())

@@ -100,6 +100,12 @@ public:
     const ZkCStr& setFileNameInUUIDDirectory(const UnicodeString& name);
     const ZkCStr& setFileNameInUUIDDirectory(const char* name);
 
+    // Decompression into the file: src/io/tempfileinflate.cpp
+    /// Replaces the file's content with the decompressed zlib-format `data` (ZkUtil::inflate).
+    /// False when the object owns no file, the file cannot be opened, or the data is damaged;
+    /// the file then holds what was decompressed before the fault.
+    bool inflate(const unsigned char* data, unsigned int size) const;
+
 private:
     ZkCStr m_fileName;
     UnicodeString m_directory;

@@ -234,6 +234,17 @@ public:
                                         const UnicodeString& separator = UnicodeString(),
                                         int groupSize = 0);
 
+    // Compression through zlib: src/io/compress.cpp
+
+    /// Decompresses data in the zlib format (RFC 1950) into `out`. False on damaged or
+    /// truncated data, on a null `data` and when `out` fails; what was decompressed before the
+    /// fault has been written.
+    static bool inflate(std::ostream& out, const unsigned char* data, unsigned int size);
+    /// The same for raw deflate data (RFC 1951, no wrapper).
+    static bool inflate2(std::ostream& out, const unsigned char* data, unsigned int size);
+    /// Compresses into the zlib format at level 9; false when `out` fails. A null `data` is
+    /// taken as empty when `size` is 0, and fails otherwise.
+    static bool deflate(std::ostream& out, const unsigned char* data, unsigned int size);
     // ---------------------------------------------------------------------------------------
 };
 
