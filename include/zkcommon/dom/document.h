@@ -102,7 +102,9 @@ protected:
     /// runs to its end. Returns the target.
     ZkNode* beginLoad(ZkNode* target);
     /// Moves the loader's position; a derived loader calls it for each node it opens or adds.
-    void setLastLoadingNode(ZkNode* node) { m_lastLoadingNode = node; }
+    /// The document holds the node while it is the position, so that a caller who cuts it out
+    /// of the tree and drops it does not leave the loader on a freed node.
+    void setLastLoadingNode(ZkNode* node);
     void setDocumentUri(const UnicodeString& uri) { m_documentUri = uri; }
     void setXIncludeSeen(bool seen) { m_xincludeSeen = seen; }
     int getSkipDepth() const { return m_skipDepth; }
@@ -123,6 +125,7 @@ private:
     UnicodeString m_baseUri;
     UnicodeString m_documentUri;
     ZkNode* m_lastLoadingNode;
+    ZkPtr<ZkNode> m_lastLoadingHold; // m_lastLoadingNode unless it is the document itself
     int m_skipDepth;
     unsigned int m_nextElementId;
     bool m_pullMode;
