@@ -202,6 +202,12 @@ public:
     static bool isSystemLongPathEnabled() noexcept;
 
     // ---------------------------------------------------------------------------------------
+
+    // URI unquoting: src/io/uriparse.cpp
+    /// The content of a CSS `url(...)` text: `url("a b.png")` gives "a b.png", with the quotes
+    /// and the white space inside the parentheses gone and nothing escaped or decoded. Any
+    /// other text comes back trimmed.
+    static UnicodeString unquoteUri(const UnicodeString& text);
 };
 
 } // namespace ZkCommonNS
