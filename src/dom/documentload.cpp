@@ -1,4 +1,5 @@
 // ZkDocument: the incremental loader, which turns one source event after another into nodes.
+#include "core/stdguard.h"
 #include "zkcommon/core/error.h"
 #include "zkcommon/dom/document.h"
 #include "zkcommon/dom/element.h"
@@ -68,6 +69,10 @@ ZkNode* ZkDocument::openParent() const {
 
 ZkNode* ZkDocument::loadNextNode() {
     ZkMutex guard(m_lock);
+    return detail::guardStandardExceptions([this] { return loadNextNodeLocked(); });
+}
+
+ZkNode* ZkDocument::loadNextNodeLocked() {
     if (!m_lastLoadingNode)
         return nullptr;
     ZkNode* open = openParent();

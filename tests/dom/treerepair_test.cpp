@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <stdexcept>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/attr.h>
 #include <zkcommon/dom/namednodemap.h>
@@ -201,4 +202,31 @@ TEST(TreeRepair, LoaderSurvivesItsOpenNodeBeingDropped) {
     }
     EXPECT_EQ(childNames(r), "");
     EXPECT_EQ(doc->getLastLoadingNode(), nullptr);
+}
+
+TEST(TreeRepair, StandardExceptionsOfTheSourceAreZkError) {
+    struct Throwing : ScriptedSource {
+        bool memory;
+        explicit Throwing(bool m) : ScriptedSource({}), memory(m) {}
+        int next() override {
+            if (memory)
+                throw std::bad_alloc();
+            throw std::runtime_error("disk on fire");
+        }
+    };
+    for (bool memory : {true, false}) {
+        ZkPtr<ZkDocument> doc(new ZkDocument());
+        doc->setLoadSource(std::make_unique<Throwing>(memory));
+        doc->setPullMode(true);
+        doc->load();
+        try {
+            doc->loadNextNode();
+            ADD_FAILURE() << "no throw";
+        } catch (const ZkError& e) {
+            EXPECT_EQ(e.getErrorCode(), memory ? 1 : 2);
+            EXPECT_EQ(utf8(e.getRawMessage()), memory
+                                                   ? "SYSTEM ERROR: Out of memory."
+                                                   : "SYSTEM ERROR: C++ exception: disk on fire");
+        }
+    }
 }

@@ -62,8 +62,9 @@ public:
     // --- loading ------------------------------------------------------------------------------
 
     /// Adds the next node and returns it; null at the end, after abort, or when nothing is being
-    /// loaded. Runs under the document lock. Errors of the source pass through as ZkError; an
-    /// event the loader cannot place raises ZkError 11. Without a source the load simply ends.
+    /// loaded. Runs under the document lock. Errors of the source pass through as ZkError, and
+    /// standard exceptions become ZkError 1 (out of memory) or 2; an event the loader cannot
+    /// place raises ZkError 11. Without a source the load simply ends.
     virtual ZkNode* loadNextNode();
     /// Loads the whole source into the document, replacing its children; in pull mode only
     /// starts the load. Without a source the document is simply emptied.
@@ -116,6 +117,7 @@ private:
     friend class ZkElement;
 
     ZkNode* openParent() const;
+    ZkNode* loadNextNodeLocked();
     ZkNode* loadStartTag(ZkNode* open);
     void loadXInclude(ZkElement* element);
 
