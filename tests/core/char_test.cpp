@@ -476,6 +476,19 @@ TEST(ZkChar, NCNameEscapingRoundTrips) {
     }
 }
 
+TEST(ZkChar, NCNameEscapingRoundTripsLoneSurrogates) {
+    // clang-format off
+    const char16_t units[][4] = {{u'a', 0xD800, u'b', 0}, {0xDC00, 0}, {u'x', 0xDBFF, 0},
+                                 {0xDFFF, 0xD800, 0}};
+    // clang-format on
+    for (const auto& text : units) {
+        UnicodeString original(text);
+        UnicodeString escaped = ZkChar::escapeNCNameStr(original, '_');
+        EXPECT_TRUE(ZkChar::isNCNameStr(escaped));
+        EXPECT_EQ(ZkChar::unescapeNCNameStr(escaped, '_'), original);
+    }
+}
+
 TEST(ZkChar, NCNameUnescapingKeepsStrayEscapes) {
     EXPECT_EQ(ZkChar::unescapeNCNameStr(UnicodeString(u"a_zz"), '_'), UnicodeString(u"a_zz"));
     EXPECT_EQ(ZkChar::unescapeNCNameStr(UnicodeString(u"a_4"), '_'), UnicodeString(u"a_4"));
