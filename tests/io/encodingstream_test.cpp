@@ -6,11 +6,13 @@
 #include "zkcommon/io/rqcstream.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <unicode/ucnv.h>
 
 using namespace ZkCommonNS;
@@ -458,10 +460,20 @@ TEST(EncodingDetection, IcuReadsOnlyTheHead) {
 }
 
 TEST(EncodingStreams, TablePathNeverChangesTheEnvironmentLater) {
+    // Once a converter has opened, or while another thread runs, the variable stays as it is:
+    // setting it would race with getenv elsewhere.
     ::unsetenv("GCONV_PATH");
-    ZkRQCIStream::setRQCTablePath(u"/no/such/tables"); // a converter has opened: stored only
+    std::atomic<bool> stop{false};
+    std::thread other([&stop] {
+        while (!stop)
+            std::this_thread::yield();
+    });
+    ZkRQCIStream::setRQCTablePath(u"/no/such/tables");
     EXPECT_EQ(nullptr, std::getenv("GCONV_PATH"));
+    stop = true;
+    other.join();
     EXPECT_EQ(UnicodeString(u"y"), decodeWithRqc("y", "ISO-8859-1"));
+    ZkRQCIStream::setRQCTablePath(u"/no/such/tables");
     EXPECT_EQ(nullptr, std::getenv("GCONV_PATH"));
     ZkRQCIStream::setRQCTablePath(u"");
 }
