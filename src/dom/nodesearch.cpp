@@ -392,11 +392,6 @@ ZkName ZkNode::lookupNamespaceUri(ZkName prefix) const {
     return ZkName();
 }
 
-ZkName ZkNode::lookupNamespaceUriOnParent(ZkName prefix) const {
-    const ZkNode* parent = parentElement(this);
-    return parent ? parent->lookupNamespaceUri(prefix) : ZkName();
-}
-
 ZkName ZkNode::lookupPrefixFrom(ZkName uri, const ZkNode* start) const {
     // This element alone: the walk goes on to the parent with the same starting node.
     if (!isPlainElement(this)) {

@@ -285,7 +285,6 @@ private:
     void checkOwner(const ZkNode* newChild) const;
     void tearDownChildren();
     void detachFromParent(ZkNode* child);
-    ZkName lookupNamespaceUriOnParent(ZkName prefix) const;
     ZkName lookupPrefixFrom(ZkName uri, const ZkNode* start) const;
 
     int m_flags;
