@@ -196,8 +196,8 @@ BENCHMARK(BM_Libxml2BuildTree);
 BENCHMARK(BM_WalkTreeIterator);
 BENCHMARK(BM_WalkFast);
 BENCHMARK(BM_Libxml2Walk);
-BENCHMARK(BM_AttrAddFind)->Arg(8)->Arg(1000);
-BENCHMARK(BM_Libxml2AttrAddFind)->Arg(8)->Arg(1000);
+BENCHMARK(BM_AttrAddFind)->Arg(8)->Arg(1000)->Arg(10000);
+BENCHMARK(BM_Libxml2AttrAddFind)->Arg(8)->Arg(1000)->Arg(10000);
 
 } // namespace
 

@@ -1,10 +1,11 @@
 // zk base64: encodes a file to Base64 text or decodes Base64 text to bytes.
 #include "command.h"
 
-#include <fstream>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <string>
+#include <zkcommon/io/uri.h>
 #include <zkcommon/text/util.h>
 
 namespace zktool {
@@ -16,13 +17,17 @@ int base64Command(const Args& args) {
     if (args.size() != 2 || (args[0] != "encode" && args[0] != "decode"))
         return usage("base64");
     const std::string& path = args[1];
-    std::ifstream file;
+    std::unique_ptr<std::istream> file;
     std::istream* in = &std::cin;
     if (path != "-") {
-        file.open(path, std::ios::binary);
+        // Through the library's door: a FIFO or device is refused, not read for ever.
+        UnicodeString errorText;
+        file.reset(ZkUri(UnicodeString::fromUTF8(path), ZkUri::URISTR_FILEPATH)
+                       .getIStream(nullptr, &errorText));
         if (!file)
-            return fail("cannot open '" + path + "'");
-        in = &file;
+            return fail("cannot open '" + path + "'" +
+                        (errorText.isEmpty() ? "" : ": " + utf8(errorText)));
+        in = file.get();
     }
     if (args[0] == "encode") {
         UnicodeString text = ZkUtil::encodeBase64(*in);

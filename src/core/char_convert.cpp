@@ -79,6 +79,26 @@ void appendEscapedUtf8(UnicodeString& out, UChar32 c, UChar32 esc) {
     }
 }
 
+// UTF-8 as escapeNCNameStr writes it: well-formed UTF-8, and also the three-byte form of a lone
+// surrogate (ED A0..BF 80..BF), which a string may hold and the escape writes; anything else
+// ill-formed gives U+FFFD.
+void appendDecodedUtf8(UnicodeString& out, const std::string& bytes) {
+    const uint8_t* data = reinterpret_cast<const uint8_t*>(bytes.data());
+    const int32_t length = static_cast<int32_t>(bytes.size());
+    for (int32_t i = 0; i < length;) {
+        if (data[i] == 0xED && i + 2 < length && data[i + 1] >= 0xA0 && data[i + 1] <= 0xBF &&
+            (data[i + 2] & 0xC0) == 0x80) {
+            out.append(
+                static_cast<char16_t>(0xD000 | ((data[i + 1] & 0x3F) << 6) | (data[i + 2] & 0x3F)));
+            i += 3;
+            continue;
+        }
+        UChar32 c;
+        U8_NEXT(data, i, length, c);
+        out.append(c < 0 ? UChar32(0xFFFD) : c);
+    }
+}
+
 int hexValue(UChar32 c) noexcept {
     if (c >= '0' && c <= '9')
         return c - '0';
@@ -243,14 +263,14 @@ UnicodeString ZkChar::unescapeNCNameStr(const UnicodeString& s, UChar32 esc) {
             continue;
         }
         if (!bytes.empty()) {
-            out.append(UnicodeString::fromUTF8(bytes));
+            appendDecodedUtf8(out, bytes);
             bytes.clear();
         }
         out.append(c);
         i += U16_LENGTH(c);
     }
     if (!bytes.empty())
-        out.append(UnicodeString::fromUTF8(bytes));
+        appendDecodedUtf8(out, bytes);
     return out;
 }
 

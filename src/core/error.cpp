@@ -2,8 +2,10 @@
 #include "zkcommon/core/error.h"
 
 #include "core/localpath.h"
+#include "core/stdguard.h"
 
 #include <cstring>
+#include <stdexcept>
 
 namespace ZkCommonNS {
 
@@ -87,11 +89,32 @@ void ZkError::throwFatalError() const {
 }
 
 UnicodeString ZkError::getLastErrorMessage(unsigned long code, void*) {
+    if (code > 0x7FFFFFFFul)
+        return UnicodeString();
+#if defined(__GLIBC__) && (__GLIBC__ > 2 || (__GLIBC__ == 2 && __GLIBC_MINOR__ >= 32))
+    // Null for a number the system has no text for, where strerror would make one up.
+    const char* text = strerrordesc_np(static_cast<int>(code));
+#else
     char buffer[256];
     // The GNU strerror_r may return a static string instead of filling the buffer.
     const char* text = strerror_r(static_cast<int>(code), buffer, sizeof buffer);
+    if (text && std::strncmp(text, "Unknown error", 13) == 0)
+        text = nullptr;
+#endif
     UnicodeString result = fromLocal8Bit(text);
     return result.trim();
+}
+
+void detail::rethrowAsZkError() {
+    try {
+        throw;
+    } catch (const ZkError&) {
+        throw;
+    } catch (std::bad_alloc& e) {
+        throw ZkError(e, UnicodeString());
+    } catch (std::exception& e) {
+        throw ZkError(e, UnicodeString());
+    }
 }
 
 void throwCommonError(ZkErrorCodeCOMMON code, int, const UnicodeString& arg1,

@@ -1,6 +1,7 @@
 // The name table: built-in names resolved without locks, dynamic names interned process-wide.
 #include "zkcommon/core/name.h"
 
+#include "core/stdguard.h"
 #include "zkcommon/core/lock.h"
 
 #include <atomic>
@@ -154,13 +155,15 @@ ZkNameEnum ZkNameTable::getSharedNameEnum(const UnicodeString& text) {
     ZkNameEnum builtin = builtins().find(text, hash);
     if (builtin != ZKN_EMPTY)
         return builtin;
-    ZkMutex guard(sharedTableLock());
-    ZkNameTable* table = s_sharedNameTable.load();
-    if (!table) {
-        table = new ZkNameTable;
-        s_sharedNameTable.store(table);
-    }
-    return table->internMutexed(text, hash);
+    return detail::guardStandardExceptions([&text, hash] {
+        ZkMutex guard(sharedTableLock());
+        ZkNameTable* table = s_sharedNameTable.load();
+        if (!table) {
+            table = new ZkNameTable;
+            s_sharedNameTable.store(table);
+        }
+        return table->internMutexed(text, hash);
+    });
 }
 
 const UnicodeString& ZkNameTable::getSharedNameString(ZkNameEnum name) {
@@ -179,13 +182,15 @@ ZkNameTable* ZkNameTable::getSharedNameTable() {
     ZkNameTable* table = s_sharedNameTable.load();
     if (table)
         return table;
-    ZkMutex guard(sharedTableLock());
-    table = s_sharedNameTable.load();
-    if (!table) {
-        table = new ZkNameTable;
-        s_sharedNameTable.store(table);
-    }
-    return table;
+    return detail::guardStandardExceptions([] {
+        ZkMutex guard(sharedTableLock());
+        ZkNameTable* made = s_sharedNameTable.load();
+        if (!made) {
+            made = new ZkNameTable;
+            s_sharedNameTable.store(made);
+        }
+        return made;
+    });
 }
 
 ZkNameTable* ZkNameTable::addRefSharedNameTable() {
@@ -215,8 +220,10 @@ ZkNameEnum ZkNameTable::getNameEnum(const UnicodeString& text) {
     ZkNameEnum builtin = builtins().find(text, hash);
     if (builtin != ZKN_EMPTY)
         return builtin;
-    ZkMutex guard(sharedTableLock());
-    return internMutexed(text, hash);
+    return detail::guardStandardExceptions([this, &text, hash] {
+        ZkMutex guard(sharedTableLock());
+        return internMutexed(text, hash);
+    });
 }
 
 const UnicodeString& ZkNameTable::getNameString(ZkNameEnum name) const {

@@ -1,14 +1,27 @@
 // The shared empty and bogus strings, and the 8-bit forms of ZkCStr and ZkUtfStr.
 #include "zkcommon/core/strings.h"
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <unicode/ucnv.h>
 
 namespace ZkCommonNS {
 
 const ZkEmptyString ZkEmptyString::EMPTY_VALUE;
 const ZkBogusString ZkBogusString::BOGUS_VALUE;
+
+// Made on first use, whatever the order of static initialisers across files and libraries.
+const UnicodeString& ZkEmptyString::getEmptyString() noexcept {
+    static const ZkEmptyString s_empty;
+    return s_empty;
+}
+
+const UnicodeString& ZkBogusString::getBogusString() noexcept {
+    static const ZkBogusString s_bogus;
+    return s_bogus;
+}
 
 const char* const ZkCStr::kDefaultEncoding = "UTF-8";
 
@@ -89,7 +102,17 @@ ZkCStr& ZkCStr::operator=(const UnicodeString& text) {
     return *this;
 }
 
+namespace {
+// The 8-bit form is made inside const calls, and two threads may read one shared value: a
+// small set of locks, picked by address, keeps them apart without a lock in every string.
+std::mutex& cacheLock(const void* string) {
+    static std::mutex s_locks[16];
+    return s_locks[(reinterpret_cast<uintptr_t>(string) >> 4) % 16];
+}
+} // namespace
+
 void ZkCStr::refresh() const {
+    std::lock_guard<std::mutex> guard(cacheLock(this));
     // The base class can be changed behind our back, so the cache remembers its source text.
     const UnicodeString& self = *this;
     if (m_bytesValid && m_bytesFrom == self && m_bytesFrom.isBogus() == self.isBogus())

@@ -31,8 +31,15 @@ void ZkAttr::setText(const UnicodeString& text) {
 }
 
 ZkElement* ZkAttr::getOwnerElement() const {
-    // The raw parent field holds the owner element; the tree never sees it.
-    return static_cast<ZkElement*>(m_parent);
+    return m_ownerElement;
+}
+
+int ZkAttr::getSourceLineNumber() const {
+    return m_ownerElement ? m_ownerElement->getSourceLineNumber() : -1;
+}
+
+int ZkAttr::getSourceColumnNumber() const {
+    return m_ownerElement ? m_ownerElement->getSourceColumnNumber() : -1;
 }
 
 UnicodeString ZkAttr::getBaseUri() const {

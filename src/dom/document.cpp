@@ -1,6 +1,7 @@
 // ZkDocument: the node factories and the state of the incremental loader.
 #include "zkcommon/dom/document.h"
 
+#include "dom/documentlink.h"
 #include "zkcommon/dom/attr.h"
 #include "zkcommon/dom/documentfragment.h"
 #include "zkcommon/dom/element.h"
@@ -19,6 +20,11 @@ ZkDocument::ZkDocument()
       m_skipDepth(0), m_nextElementId(0), m_pullMode(false), m_xincludeSeen(false) {}
 
 ZkDocument::~ZkDocument() {
+    // From now on no node that outlives the document, in the tree or held apart from it, can
+    // reach it: their loading getters find no document to pull.
+    if (m_document)
+        m_document->document = nullptr;
+    m_lastLoadingHold.reset();
     // The name table goes first; the tree itself is taken down by the node destructor, which
     // touches no names.
     if (m_nameTable) {

@@ -1,4 +1,5 @@
 // ZkDocument: the incremental loader, which turns one source event after another into nodes.
+#include "core/stdguard.h"
 #include "zkcommon/core/error.h"
 #include "zkcommon/dom/document.h"
 #include "zkcommon/dom/element.h"
@@ -26,7 +27,14 @@ void ZkDocument::setLoadSource(std::unique_ptr<ZkLoadEventSource> source) {
 
 void ZkDocument::abort() {
     ZkMutex guard(m_lock);
-    m_lastLoadingNode = nullptr;
+    setLastLoadingNode(nullptr);
+}
+
+void ZkDocument::setLastLoadingNode(ZkNode* node) {
+    m_lastLoadingNode = node;
+    // Holding the document itself would keep it alive for ever.
+    if (node != m_lastLoadingHold.get())
+        m_lastLoadingHold = ZkPtr<ZkNode>(node == this ? nullptr : node);
 }
 
 ZkNode* ZkDocument::beginLoad(ZkNode* target) {
@@ -35,7 +43,7 @@ ZkNode* ZkDocument::beginLoad(ZkNode* target) {
     {
         ZkMutex guard(m_lock);
         m_skipDepth = 0;
-        m_lastLoadingNode = target;
+        setLastLoadingNode(target);
         target->setFlag(kLoading, true);
         target->removeAllChildNodes(); // a load replaces the subtree
     }
@@ -61,6 +69,10 @@ ZkNode* ZkDocument::openParent() const {
 
 ZkNode* ZkDocument::loadNextNode() {
     ZkMutex guard(m_lock);
+    return detail::guardStandardExceptions([this] { return loadNextNodeLocked(); });
+}
+
+ZkNode* ZkDocument::loadNextNodeLocked() {
     if (!m_lastLoadingNode)
         return nullptr;
     ZkNode* open = openParent();
@@ -68,7 +80,7 @@ ZkNode* ZkDocument::loadNextNode() {
         // Nothing to read: the input ends here, as at the end of a document.
         if (open)
             open->setLoadDone();
-        m_lastLoadingNode = nullptr;
+        setLastLoadingNode(nullptr);
         return nullptr;
     }
     int event = m_source->next();
@@ -84,7 +96,7 @@ ZkNode* ZkDocument::loadNextNode() {
             event = m_source->next();
         }
         if (!open) {
-            m_lastLoadingNode = nullptr;
+            setLastLoadingNode(nullptr);
             return nullptr;
         }
         switch (event) {
@@ -96,18 +108,18 @@ ZkNode* ZkDocument::loadNextNode() {
             continue;
         case ZkLoadEventSource::END_DOCUMENT:
             open->setLoadDone();
-            m_lastLoadingNode = nullptr;
+            setLastLoadingNode(nullptr);
             return nullptr;
         case ZkLoadEventSource::START_TAG:
             if (ZkNode* element = loadStartTag(open)) {
-                m_lastLoadingNode = element;
+                setLastLoadingNode(element);
                 return element;
             }
             break;
         case ZkLoadEventSource::TEXT:
             // The parent's override may choose to make no node for the text.
             if (ZkNode* text = open->appendChildText(m_source->getText())) {
-                m_lastLoadingNode = text;
+                setLastLoadingNode(text);
                 return text;
             }
             break;
@@ -116,7 +128,7 @@ ZkNode* ZkDocument::loadNextNode() {
                 createProcessingInstruction(m_source->getTarget(), m_source->getText());
             if (pi) {
                 open->appendChild(pi);
-                m_lastLoadingNode = pi;
+                setLastLoadingNode(pi);
                 return pi;
             }
             break;

@@ -1,6 +1,7 @@
 // ZkElement, Element and ElementNS: attribute operations, cloning, base URI and positions.
 #include "zkcommon/dom/element.h"
 
+#include "dom/inheritwalk.h"
 #include "zkcommon/core/error.h"
 #include "zkcommon/dom/attr.h"
 #include "zkcommon/dom/document.h"
@@ -216,11 +217,42 @@ ZkPtr<ZkNode> ZkElement::cloneNode(bool deep) const {
                                   attr->getValue());
     }
     cloneMembers(clone);
-    if (deep) {
-        for (ZkNode* child = getFirstChild(); child; child = child->getNextSibling()) {
-            ZkPtr<ZkNode> copy = child->cloneNode(true);
-            if (copy)
-                clone->appendChild(copy);
+    if (!deep)
+        return ZkPtr<ZkNode>(clone.get());
+    if (detail::InheritWalk* walk = detail::walkAsking(detail::InheritKind::kDeepClone, this)) {
+        detail::deferTo(walk, this); // the walk copies the children
+        return ZkPtr<ZkNode>(clone.get());
+    }
+    // Each descendant is cloned through its own cloneNode(true), in a loop rather than by
+    // recursion; an element of this library leaves its children to the loop.
+    detail::InheritWalk own;
+    detail::InheritScope scope(detail::InheritKind::kDeepClone, &own);
+    const ZkNode* source = getFirstChild();
+    ZkNode* target = clone; // the copy of source's parent
+    while (source) {
+        own.asking = source;
+        own.deferred = false;
+        ZkPtr<ZkNode> copy = source->cloneNode(true);
+        if (copy)
+            target->appendChild(copy);
+        if (copy && own.deferred) {
+            if (const ZkNode* first = source->getFirstChild()) {
+                source = first;
+                target = copy;
+                continue;
+            }
+        }
+        for (;;) {
+            if (const ZkNode* next = source->getNextSibling()) {
+                source = next;
+                break;
+            }
+            source = source->getParentNode();
+            if (!source || source == this) {
+                source = nullptr;
+                break;
+            }
+            target = target->getParentNodeFast();
         }
     }
     return ZkPtr<ZkNode>(clone.get());
@@ -234,7 +266,13 @@ UnicodeString ZkElement::getBaseUri() const {
     ZkNode* parent = getParentNode();
     if (!parent || ZkUri(base).isAbsolute())
         return base;
-    return ZkUri(ZkUri(parent->getBaseUri()), base).toString();
+    // The parent's base is found by a loop, not by recursion: trees are millions deep.
+    if (detail::InheritWalk* walk = detail::walkAsking(detail::InheritKind::kBaseUri, this)) {
+        detail::deferTo(walk, parent);
+        walk->relative = base;
+        return UnicodeString();
+    }
+    return detail::inheritBaseUri(parent, base);
 }
 
 int ZkElement::getSourceLineNumber() const {

@@ -6,25 +6,25 @@
 
 namespace ZkCommonNS {
 
-AttrNodeMap::AttrNodeMap(ZkElement* owner) : m_anchor(owner) {}
+AttrNodeMap::AttrNodeMap(ZkElement* owner) : m_anchor(nullptr), m_owner(owner) {}
 
 AttrNodeMap::~AttrNodeMap() {
     clear();
 }
 
 void AttrNodeMap::clear() {
-    if (ringEmpty())
+    if (isEmpty())
         return;
     ZkNode* last = m_anchor;
     ZkNode* node = last->m_next;
-    m_anchor = last->m_parent;
+    m_anchor = nullptr;
     m_byName.clear();
     m_byNamespace.clear();
     // From first to last; each attribute loses its links before the map's reference goes.
     for (;;) {
         ZkNode* next = node->m_next;
         const bool wasLast = node == last;
-        node->m_parent = nullptr;
+        static_cast<ZkAttr*>(node)->m_ownerElement = nullptr;
         node->m_next = nullptr;
         node->m_previous = nullptr;
         node->release();
@@ -36,21 +36,16 @@ void AttrNodeMap::clear() {
 
 void AttrNodeMap::detachFromOwner() {
     clear();
-    m_anchor = nullptr;
-}
-
-bool AttrNodeMap::ringEmpty() const {
-    // Every attribute on the ring is in at least one of the maps: the one its creator missed.
-    return m_byName.empty() && m_byNamespace.empty();
+    m_owner = nullptr;
 }
 
 // --- iteration along the ring -------------------------------------------------------------------
 
 ZkNode* AttrNodeMap::getFirstNode() const {
-    return ringEmpty() ? nullptr : m_anchor->m_next;
+    return m_anchor ? m_anchor->m_next : nullptr;
 }
 ZkNode* AttrNodeMap::getLastNode() const {
-    return ringEmpty() ? nullptr : m_anchor;
+    return m_anchor;
 }
 
 ZkNode* AttrNodeMap::getNextNode(ZkNode* node) const {
@@ -100,13 +95,17 @@ void AttrNodeMap::getNamedItemLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* ou
 
 // --- changes ------------------------------------------------------------------------------------
 
-void AttrNodeMap::addNode(ZkAttr* attr) {
-    if (!attr || attr->m_parent || !m_anchor)
-        return;
+bool AttrNodeMap::addNode(ZkAttr* attr) {
+    if (!attr || attr->m_ownerElement || attr->m_parent || attr->m_next || !m_owner)
+        return false;
+    const NamespaceKey key(attr->getNamespaceUri().getEnum(), attr->getLocalName().getEnum());
+    const ZkNameEnum qname = attr->getNodeName().getEnum();
+    // An attribute that neither map would take could never be found or removed by name.
+    if (m_byNamespace.count(key) != 0 && m_byName.count(qname) != 0)
+        return false;
     attr->addRef();
-    ZkNode* owner = ringEmpty() ? m_anchor : static_cast<ZkAttr*>(m_anchor)->getOwnerElement();
-    attr->m_parent = owner;
-    if (ringEmpty()) {
+    attr->m_ownerElement = m_owner;
+    if (!m_anchor) {
         attr->m_next = attr;
         attr->m_previous = nullptr;
     } else {
@@ -115,14 +114,15 @@ void AttrNodeMap::addNode(ZkAttr* attr) {
         m_anchor->m_next = attr;
     }
     m_anchor = attr;
-    // An existing key stays: a second attribute of the same identity is kept on the ring only.
-    m_byNamespace.emplace(
-        NamespaceKey(attr->getNamespaceUri().getEnum(), attr->getLocalName().getEnum()), attr);
-    m_byName.emplace(attr->getNodeName().getEnum(), attr);
+    // An existing key stays: a second attribute of the same qualified name but another URI is
+    // found by namespace only.
+    m_byNamespace.emplace(key, attr);
+    m_byName.emplace(qname, attr);
+    return true;
 }
 
 void AttrNodeMap::changePrefix(ZkAttr* attr, ZkName prefix) {
-    if (!attr || attr->m_parent == nullptr || attr->getOwnerElement()->getAttributes() != this)
+    if (!attr || !attr->m_ownerElement || attr->m_ownerElement != m_owner)
         return;
     auto old = m_byName.find(attr->getNodeName().getEnum());
     if (old != m_byName.end() && old->second == attr)
@@ -142,8 +142,8 @@ ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, NameMap::iterator byName,
         if (!previous)
             m_anchor->m_next = next; // the first attribute changed
     } else {
-        // With no previous the ring is empty and the anchor returns to the element.
-        m_anchor = previous ? previous : attr->m_parent;
+        // With no previous the ring is empty.
+        m_anchor = previous;
     }
     // Only entries that point at this attribute go: a same-named one may own the key.
     if (byNs != m_byNamespace.end() && byNs->second == attr) {
@@ -162,7 +162,7 @@ ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, NameMap::iterator byName,
         m_byName.erase(byName);
     attr->m_next = nullptr;
     attr->m_previous = nullptr;
-    attr->m_parent = nullptr;
+    attr->m_ownerElement = nullptr;
 
     ZkPtr<ZkAttr> result(attr);
     attr->removeRef(); // the map's reference passes to the result
@@ -189,7 +189,7 @@ ZkPtr<ZkAttr> AttrNodeMap::removeNamedItemNS(ZkName uri, ZkName local) {
 }
 
 ZkPtr<ZkAttr> AttrNodeMap::removeNode(ZkAttr* attr) {
-    if (ringEmpty())
+    if (isEmpty())
         return ZkPtr<ZkAttr>();
     auto byName = m_byName.find(attr->getNodeName().getEnum());
     if (byName == m_byName.end())

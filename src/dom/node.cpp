@@ -1,6 +1,7 @@
 // ZkNode: the child ring, the loading getters, child changes and destruction without recursion.
 #include "zkcommon/dom/node.h"
 
+#include "dom/documentlink.h"
 #include "zkcommon/core/error.h"
 #include "zkcommon/dom/document.h"
 #include "zkcommon/dom/nodelist.h"
@@ -27,13 +28,39 @@ const UnicodeString& oldChildArg() {
     static const UnicodeString s_text(u"oldChild");
     return s_text;
 }
+
+// An attribute lives on its element's attribute ring and is never a child: linking it into a
+// child ring would tie the two rings together.
+void checkNotAttribute(const ZkNode* newChild, int site) {
+    if (newChild->getNodeType() == ZkNode::ATTRIBUTE_NODE)
+        throwCommonError(ZK_ERROR_UNSUPPORTED_NODE_TYPE, site, newChildArg());
+}
 } // namespace
 
 ZkNode::ZkNode(ZkDocument* ownerDocument)
     : m_flags(0), m_parent(nullptr), m_next(nullptr), m_previous(nullptr), m_lastChild(nullptr),
-      m_ownerDocument(ownerDocument) {}
+      m_document(nullptr) {
+    if (!ownerDocument)
+        return;
+    if (static_cast<ZkNode*>(ownerDocument) == this) {
+        // A document makes the link that its nodes share.
+        m_document = new detail::DocumentLink{ownerDocument, {1}};
+    } else if ((m_document = ownerDocument->m_document) != nullptr) {
+        m_document->count.fetch_add(1, std::memory_order_relaxed);
+    }
+}
+
+ZkDocument* ZkNode::getOwnerDocumentField() const {
+    return m_document ? m_document->document : nullptr;
+}
 
 ZkNode::~ZkNode() {
+    tearDownChildren();
+    if (m_document && m_document->count.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        delete m_document;
+}
+
+void ZkNode::tearDownChildren() {
     // The common case: a node released by its parent's teardown has already lost its children.
     if (!m_lastChild)
         return;
@@ -85,8 +112,10 @@ ZkNode* ZkNode::getParentNode() const {
 bool ZkNode::hasChildNodes() const {
     if (m_lastChild)
         return true;
-    if ((m_flags & kLoading) && m_ownerDocument)
-        m_ownerDocument->loadNextNode();
+    if (m_flags & kLoading) {
+        if (ZkDocument* document = getOwnerDocumentField())
+            document->loadNextNode();
+    }
     return m_lastChild != nullptr;
 }
 
@@ -97,14 +126,19 @@ ZkPtr<ZkNodeList> ZkNode::getChildNodes() const {
 ZkNode* ZkNode::getFirstChild() const {
     if (m_lastChild)
         return m_lastChild->m_next;
-    if ((m_flags & kLoading) && m_ownerDocument)
-        m_ownerDocument->loadNextNode();
+    if (m_flags & kLoading) {
+        if (ZkDocument* document = getOwnerDocumentField())
+            document->loadNextNode();
+    }
     return m_lastChild ? m_lastChild->m_next : nullptr;
 }
 
 ZkNode* ZkNode::getLastChild() const {
     // Only the whole child list can tell which child is last.
-    while ((m_flags & kLoading) && m_ownerDocument && m_ownerDocument->loadNextNode()) {
+    while (m_flags & kLoading) {
+        ZkDocument* document = getOwnerDocumentField();
+        if (!document || !document->loadNextNode())
+            break;
     }
     return m_lastChild;
 }
@@ -118,12 +152,12 @@ ZkNode* ZkNode::getNextSibling() const {
         return nullptr;
     if (m_parent->m_lastChild != this)
         return m_next;
-    if (m_ownerDocument) {
+    if (ZkDocument* document = getOwnerDocumentField()) {
         // A next sibling can only follow once this node has ended.
-        while ((m_flags & kLoading) && m_ownerDocument->loadNextNode()) {
+        while ((m_flags & kLoading) && document->loadNextNode()) {
         }
         if (m_parent && m_parent->m_lastChild == this && (m_parent->m_flags & kLoading))
-            m_ownerDocument->loadNextNode();
+            document->loadNextNode();
     }
     if (!m_parent || m_parent->m_lastChild == this)
         return nullptr;
@@ -131,7 +165,7 @@ ZkNode* ZkNode::getNextSibling() const {
 }
 
 ZkDocument* ZkNode::getOwnerDocument() const {
-    return m_ownerDocument;
+    return getOwnerDocumentField();
 }
 
 // --- child changes ------------------------------------------------------------------------------
@@ -139,8 +173,11 @@ ZkDocument* ZkNode::getOwnerDocument() const {
 void ZkNode::checkOwner(const ZkNode* newChild) const {
     // A document's own field points to itself, so the second half lets a document accept the
     // nodes it created even when it is the parent.
-    if (newChild->m_ownerDocument != m_ownerDocument &&
-        static_cast<const ZkNode*>(newChild->m_ownerDocument) != this)
+    // Nodes of one document share its link; a node whose document is gone matches nothing but
+    // other such nodes.
+    const ZkDocument* mine = getOwnerDocumentField();
+    const ZkDocument* theirs = newChild->getOwnerDocumentField();
+    if (theirs != mine && static_cast<const ZkNode*>(theirs) != this)
         throwCommonError(ZK_ERROR_WRONG_DOCUMENT, kSiteAppendChild, newChildArg());
 }
 
@@ -154,6 +191,7 @@ ZkNode* ZkNode::appendChild(ZkNode* newChild) {
     if (!newChild)
         throwCommonError(ZK_ERROR_NULL_ARGUMENT, kSiteAppendChild, newChildArg());
     checkOwner(newChild);
+    checkNotAttribute(newChild, kSiteAppendChild);
     ZkPtr<ZkNode> hold(newChild);
     detachFromParent(newChild);
 
@@ -180,6 +218,7 @@ ZkNode* ZkNode::insertBefore(ZkNode* newChild, ZkNode* refChild) {
     if (newChild == refChild)
         return newChild;
     checkOwner(newChild);
+    checkNotAttribute(newChild, kSiteInsertBefore);
     ZkPtr<ZkNode> hold(newChild);
     detachFromParent(newChild);
 
@@ -229,6 +268,7 @@ ZkPtr<ZkNode> ZkNode::replaceChild(ZkNode* newChild, ZkNode* oldChild) {
     if (newChild == oldChild)
         return ZkPtr<ZkNode>(oldChild);
     checkOwner(newChild);
+    checkNotAttribute(newChild, kSiteReplaceChild);
     ZkPtr<ZkNode> hold(newChild);
     detachFromParent(newChild);
 
@@ -262,9 +302,10 @@ ZkNode* ZkNode::appendChildEx(ZkNode* newChild) {
 }
 
 ZkNode* ZkNode::appendChildText(const UnicodeString& text) {
-    if (!m_ownerDocument)
+    ZkDocument* document = getOwnerDocumentField();
+    if (!document)
         return nullptr;
-    ZkPtr<ZkNode> node = m_ownerDocument->createTextNodeElement(text, this);
+    ZkPtr<ZkNode> node = document->createTextNodeElement(text, this);
     if (!node)
         return nullptr;
     return appendChild(node);
@@ -275,9 +316,10 @@ ZkNode* ZkNode::appendChildTextLF() {
 }
 
 ZkNode* ZkNode::insertBeforeTextLF(ZkNode* refChild) {
-    if (!m_ownerDocument)
+    ZkDocument* document = getOwnerDocumentField();
+    if (!document)
         return nullptr;
-    ZkPtr<ZkNode> node = m_ownerDocument->createTextNodeElement(UnicodeString(u'\n'), this);
+    ZkPtr<ZkNode> node = document->createTextNodeElement(UnicodeString(u'\n'), this);
     if (!node)
         return nullptr;
     return insertBefore(node, refChild);
@@ -313,19 +355,26 @@ long ZkNode::deleteAllChildNodes() {
 
 long ZkNode::deleteAllChildNodes(ZkNode* lastChild) {
     long count = 0;
-    ZkNode* child = lastChild;
-    while (child) {
-        ZkNode* previous = child->m_previous;
-        ZkNode* grandchild = child->m_lastChild;
-        child->m_parent = nullptr;
-        child->m_next = nullptr;
-        child->m_previous = nullptr;
-        child->m_lastChild = nullptr;
-        count += 1 + deleteAllChildNodes(grandchild);
+    // A loop, not recursion: it goes down to the last leaf, and takes a node off only once its
+    // own children are gone; the parent link, kept until then, leads back up.
+    const ZkNode* top = lastChild ? lastChild->m_parent : nullptr;
+    ZkNode* node = lastChild;
+    while (node) {
+        if (ZkNode* last = node->m_lastChild) {
+            node->m_lastChild = nullptr;
+            node = last;
+            continue;
+        }
+        ZkNode* previous = node->m_previous;
+        ZkNode* parent = node->m_parent;
+        node->m_parent = nullptr;
+        node->m_next = nullptr;
+        node->m_previous = nullptr;
+        ++count;
         // Plain arithmetic: the caller promised that no other thread touches the tree.
-        if (child->decrementRefCount() < 1)
-            delete child;
-        child = previous;
+        if (node->decrementRefCount() < 1)
+            delete node;
+        node = previous ? previous : (parent != top ? parent : nullptr);
     }
     return count;
 }

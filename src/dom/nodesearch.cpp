@@ -1,11 +1,13 @@
 // ZkNode: counting, searching, ancestors, document order, namespace look-ups and the positions
 // and base URI that a node inherits from its surroundings.
+#include "dom/inheritwalk.h"
 #include "zkcommon/core/char.h"
 #include "zkcommon/dom/attr.h"
 #include "zkcommon/dom/document.h"
 #include "zkcommon/dom/element.h"
 #include "zkcommon/dom/namednodemap.h"
 #include "zkcommon/dom/node.h"
+#include "zkcommon/io/uri.h"
 #include "zkcommon/values/value.h"
 
 #include <vector>
@@ -311,167 +313,291 @@ bool ZkNode::isPrecedingOf(const ZkNode* other) const {
 
 // --- namespaces ---------------------------------------------------------------------------------
 
-ZkName ZkNode::lookupNamespaceUri(ZkName prefix) const {
-    const int type = getNodeType();
-    if (type == ELEMENT_NODE) {
-        // Walks up through elements without recursion: a very deep tree is not a deep stack.
-        for (const ZkNode* element = this; element; element = parentElement(element)) {
-            if (!isPlainElement(element)) {
-                const ZkName uri = element->getNamespaceUri();
-                if (!uri.isEmpty() && element->getPrefix() == prefix)
-                    return uri;
-            }
-            if (!element->hasAttributes())
-                continue;
-            const ZkNamedNodeMap* attributes = element->getAttributes();
-            for (ZkNode* attr = attributes->getFirstNode(); attr;
-                 attr = attributes->getNextNode(attr)) {
-                const ZkName local = attr->getLocalName();
-                if ((attr->getPrefix() == ZKN_xmlns && local == prefix) ||
-                    (local == ZKN_xmlns && prefix.isEmpty()))
-                    return attrValueAsName(attr);
-            }
-        }
-        return ZkName();
+// Each look-up walks up through the elements in a loop, asking every node through its virtual
+// look-up: the rules below run for a node of this library's own classes, and hand the walk on
+// to the next node instead of calling it, so a very deep tree is not a deep stack.
+
+namespace {
+
+// Where a look-up goes from a node that is no element: an attribute asks its element, a
+// document its document element, the scopeless kinds end, anything else asks its parent.
+const ZkNode* delegateOf(const ZkNode* node, int type, bool& ends) {
+    ends = false;
+    if (type == ZkNode::ATTRIBUTE_NODE)
+        return static_cast<const ZkAttr*>(node)->getOwnerElement();
+    if (type == ZkNode::DOCUMENT_NODE)
+        return static_cast<const ZkDocument*>(node)->getDocumentElement();
+    if (isScopeless(type)) {
+        ends = true;
+        return nullptr;
     }
-    if (type == ATTRIBUTE_NODE) {
-        const ZkElement* owner = static_cast<const ZkAttr*>(this)->getOwnerElement();
-        return owner ? owner->lookupNamespaceUri(prefix) : ZkName();
-    }
-    if (type == DOCUMENT_NODE) {
-        const ZkElement* root = static_cast<const ZkDocument*>(this)->getDocumentElement();
-        return root ? root->lookupNamespaceUri(prefix) : ZkName();
-    }
-    if (isScopeless(type))
-        return ZkName();
-    return lookupNamespaceUriOnParent(prefix);
+    return parentElement(node);
 }
 
-ZkName ZkNode::lookupNamespaceUriOnParent(ZkName prefix) const {
-    const ZkNode* parent = parentElement(this);
-    return parent ? parent->lookupNamespaceUri(prefix) : ZkName();
-}
-
-ZkName ZkNode::lookupPrefixFrom(ZkName uri, const ZkNode* start) const {
-    for (const ZkNode* element = this; element; element = parentElement(element)) {
-        if (!isPlainElement(element)) {
-            const ZkName prefix = element->getPrefix();
-            if (!prefix.isEmpty() && element->getNamespaceUri() == uri &&
-                start->lookupNamespaceUri(prefix) == uri)
-                return prefix;
+// The declaration of `prefix` on `element` itself, or the empty name.
+ZkName ownNamespaceUri(const ZkNode* element, ZkName prefix, bool& found) {
+    found = false;
+    if (!isPlainElement(element)) {
+        const ZkName uri = element->getNamespaceUri();
+        if (!uri.isEmpty() && element->getPrefix() == prefix) {
+            found = true;
+            return uri;
         }
-        if (!element->hasAttributes())
-            continue;
-        const ZkNamedNodeMap* attributes = element->getAttributes();
-        for (ZkNode* attr = attributes->getFirstNode(); attr;
-             attr = attributes->getNextNode(attr)) {
-            if (attr->getPrefix() != ZKN_xmlns || attrValueAsName(attr) != uri)
-                continue;
-            const ZkName local = attr->getLocalName();
-            // A declaration hidden by an inner one does not count.
-            if (start->lookupNamespaceUri(local) == uri)
-                return local;
+    }
+    if (!element->hasAttributes())
+        return ZkName();
+    const ZkNamedNodeMap* attributes = element->getAttributes();
+    for (ZkNode* attr = attributes->getFirstNode(); attr; attr = attributes->getNextNode(attr)) {
+        const ZkName local = attr->getLocalName();
+        if ((attr->getPrefix() == ZKN_xmlns && local == prefix) ||
+            (local == ZKN_xmlns && prefix.isEmpty())) {
+            found = true;
+            return attrValueAsName(attr);
         }
     }
     return ZkName();
 }
 
-ZkName ZkNode::lookupPrefix(ZkName uri) const {
+} // namespace
+
+ZkName ZkNode::lookupNamespaceUri(ZkName prefix) const {
+    using detail::InheritKind;
+    detail::InheritWalk* walk = detail::walkAsking(InheritKind::kNamespaceUri, this);
     const int type = getNodeType();
-    if (type == ELEMENT_NODE)
-        return lookupPrefixFrom(uri, this);
-    if (type == ATTRIBUTE_NODE) {
-        const ZkElement* owner = static_cast<const ZkAttr*>(this)->getOwnerElement();
-        return owner ? owner->lookupPrefix(uri) : ZkName();
+    const ZkNode* next = nullptr;
+    if (type == ELEMENT_NODE) {
+        bool found;
+        const ZkName uri = ownNamespaceUri(this, prefix, found);
+        if (found)
+            return uri;
+        next = parentElement(this);
+    } else {
+        bool ends;
+        next = delegateOf(this, type, ends);
     }
-    if (type == DOCUMENT_NODE) {
-        const ZkElement* root = static_cast<const ZkDocument*>(this)->getDocumentElement();
-        return root ? root->lookupPrefix(uri) : ZkName();
-    }
-    if (isScopeless(type))
+    if (walk) {
+        detail::deferTo(walk, next);
         return ZkName();
-    const ZkNode* parent = parentElement(this);
-    return parent ? parent->lookupPrefix(uri) : ZkName();
+    }
+    detail::InheritWalk own;
+    detail::InheritScope scope(InheritKind::kNamespaceUri, &own);
+    while (next) {
+        own.asking = next;
+        own.deferred = false;
+        const ZkName answer = next->lookupNamespaceUri(prefix);
+        if (!own.deferred)
+            return answer;
+        next = own.next;
+    }
+    return ZkName();
+}
+
+ZkName ZkNode::lookupPrefixFrom(ZkName uri, const ZkNode* start) const {
+    // This element alone: the walk goes on to the parent with the same starting node.
+    if (!isPlainElement(this)) {
+        const ZkName prefix = getPrefix();
+        if (!prefix.isEmpty() && getNamespaceUri() == uri &&
+            start->lookupNamespaceUri(prefix) == uri)
+            return prefix;
+    }
+    if (!hasAttributes())
+        return ZkName();
+    const ZkNamedNodeMap* attributes = getAttributes();
+    for (ZkNode* attr = attributes->getFirstNode(); attr; attr = attributes->getNextNode(attr)) {
+        if (attr->getPrefix() != ZKN_xmlns || attrValueAsName(attr) != uri)
+            continue;
+        const ZkName local = attr->getLocalName();
+        // A declaration hidden by an inner one does not count.
+        if (start->lookupNamespaceUri(local) == uri)
+            return local;
+    }
+    return ZkName();
+}
+
+ZkName ZkNode::lookupPrefix(ZkName uri) const {
+    using detail::InheritKind;
+    detail::InheritWalk* walk = detail::walkAsking(InheritKind::kPrefix, this);
+    const int type = getNodeType();
+    const ZkNode* next = nullptr;
+    const ZkNode* start = walk && walk->start ? walk->start : this;
+    bool keepStart = false;
+    if (type == ELEMENT_NODE) {
+        const ZkName found = lookupPrefixFrom(uri, start);
+        if (!found.isEmpty())
+            return found;
+        next = parentElement(this);
+        keepStart = true;
+    } else {
+        bool ends;
+        next = delegateOf(this, type, ends);
+    }
+    if (walk) {
+        detail::deferTo(walk, next);
+        // From an element the search keeps its starting node; a delegation starts afresh.
+        walk->start = keepStart ? start : next;
+        return ZkName();
+    }
+    detail::InheritWalk own;
+    own.start = keepStart ? start : next;
+    detail::InheritScope scope(InheritKind::kPrefix, &own);
+    while (next) {
+        own.asking = next;
+        own.deferred = false;
+        const ZkName answer = next->lookupPrefix(uri);
+        if (!own.deferred)
+            return answer;
+        next = own.next;
+    }
+    return ZkName();
 }
 
 bool ZkNode::isDefaultNamespace(ZkName uri) const {
+    using detail::InheritKind;
+    detail::InheritWalk* walk = detail::walkAsking(InheritKind::kDefaultNamespace, this);
     const int type = getNodeType();
+    const ZkNode* next = nullptr;
     if (type == ELEMENT_NODE) {
-        for (const ZkNode* element = this; element; element = parentElement(element)) {
-            if (element->getPrefix().isEmpty())
-                return element->getNamespaceUri() == uri;
-            if (!element->hasAttributes())
-                continue;
-            const ZkNamedNodeMap* attributes = element->getAttributes();
+        if (getPrefix().isEmpty())
+            return getNamespaceUri() == uri;
+        if (hasAttributes()) {
+            const ZkNamedNodeMap* attributes = getAttributes();
             for (ZkNode* attr = attributes->getFirstNode(); attr;
                  attr = attributes->getNextNode(attr)) {
                 if (attr->getLocalName() == ZKN_xmlns)
                     return attrValueAsName(attr) == uri;
             }
         }
+        next = parentElement(this);
+    } else {
+        bool ends;
+        next = delegateOf(this, type, ends);
+    }
+    if (walk) {
+        detail::deferTo(walk, next);
         return false;
     }
-    if (type == ATTRIBUTE_NODE) {
-        const ZkElement* owner = static_cast<const ZkAttr*>(this)->getOwnerElement();
-        return owner && owner->isDefaultNamespace(uri);
+    detail::InheritWalk own;
+    detail::InheritScope scope(InheritKind::kDefaultNamespace, &own);
+    while (next) {
+        own.asking = next;
+        own.deferred = false;
+        const bool answer = next->isDefaultNamespace(uri);
+        if (!own.deferred)
+            return answer;
+        next = own.next;
     }
-    if (type == DOCUMENT_NODE) {
-        const ZkElement* root = static_cast<const ZkDocument*>(this)->getDocumentElement();
-        return root && root->isDefaultNamespace(uri);
-    }
-    if (isScopeless(type))
-        return false;
-    const ZkNode* parent = parentElement(this);
-    return parent && parent->isDefaultNamespace(uri);
+    return false;
 }
 
 // --- inherited positions and base URI -----------------------------------------------------------
 
 namespace {
-// What a node itself stores, -1 for node kinds that store nothing.
-int storedLine(const ZkNode* node) {
-    return node->isA(ZkTypeID::kElement)
-               ? static_cast<const ZkElement*>(node)->getStoredSourceLineNumber()
-               : -1;
-}
-int storedColumn(const ZkNode* node) {
-    return node->isA(ZkTypeID::kElement)
-               ? static_cast<const ZkElement*>(node)->getStoredSourceColumnNumber()
-               : -1;
+thread_local detail::InheritWalk* t_walks[detail::kInheritKinds] = {};
+} // namespace
+
+detail::InheritWalk* detail::walkAsking(InheritKind kind, const ZkNode* self) {
+    InheritWalk* walk = t_walks[static_cast<int>(kind)];
+    return walk && walk->asking == self ? walk : nullptr;
 }
 
-// The previous sibling's number, else the parent's, each of them by the same rule: unrolled into
-// a loop so that a long run of siblings costs no stack.
-// The raw links are read: an attribute thereby walks back along its ring to its owner element
-// and reports the element's position.
-int inheritedPosition(const ZkNode* node, int (*stored)(const ZkNode*)) {
-    for (;;) {
-        const ZkNode* next = node->getPreviousSiblingFast();
-        if (!next)
-            next = node->getParentNodeFast();
-        if (!next)
-            return -1;
-        const int value = stored(next);
-        if (value != -1)
-            return value;
-        node = next;
+detail::InheritScope::InheritScope(InheritKind kind, InheritWalk* walk)
+    : m_kind(kind), m_previous(t_walks[static_cast<int>(kind)]) {
+    t_walks[static_cast<int>(kind)] = walk;
+}
+
+detail::InheritScope::~InheritScope() {
+    t_walks[static_cast<int>(m_kind)] = m_previous;
+}
+
+int detail::inheritPosition(InheritKind kind, const ZkNode* first, bool sibling) {
+    InheritWalk own;
+    InheritScope scope(kind, &own);
+    // A node without a number of its own takes its previous sibling's, and if that is -1 its
+    // parent's. A sibling's own rule already ends at the same parent.
+    for (const ZkNode* next = first; next;) {
+        own.asking = next;
+        own.deferred = false;
+        const int answer = kind == InheritKind::kLine ? next->getSourceLineNumber()
+                                                      : next->getSourceColumnNumber();
+        if (own.deferred) {
+            sibling = own.sibling;
+            next = own.next;
+        } else if (answer == -1 && sibling) {
+            sibling = false;
+            next = next->getParentNode();
+        } else {
+            return answer;
+        }
     }
+    return -1;
+}
+
+namespace {
+// The node a position is asked of next: the previous sibling, else the parent.
+const ZkNode* positionSource(const ZkNode* node, bool& sibling) {
+    const ZkNode* previous = node->getPreviousSibling();
+    sibling = previous != nullptr;
+    return previous ? previous : node->getParentNode();
+}
+
+int inheritedPosition(detail::InheritKind kind, const ZkNode* node) {
+    bool sibling;
+    const ZkNode* next = positionSource(node, sibling);
+    if (detail::InheritWalk* walk = detail::walkAsking(kind, node)) {
+        detail::deferTo(walk, next);
+        walk->sibling = sibling;
+        return -1;
+    }
+    return next ? detail::inheritPosition(kind, next, sibling) : -1;
 }
 } // namespace
 
 int ZkNode::getSourceLineNumber() const {
-    return inheritedPosition(this, storedLine);
+    return inheritedPosition(detail::InheritKind::kLine, this);
 }
+
 int ZkNode::getSourceColumnNumber() const {
-    return inheritedPosition(this, storedColumn);
+    return inheritedPosition(detail::InheritKind::kColumn, this);
+}
+
+UnicodeString detail::inheritBaseUri(const ZkNode* first, const UnicodeString& relative) {
+    InheritWalk own;
+    InheritScope scope(InheritKind::kBaseUri, &own);
+    std::vector<UnicodeString> pending;
+    if (!relative.isEmpty())
+        pending.push_back(relative);
+    UnicodeString result;
+    for (const ZkNode* next = first; next;) {
+        own.asking = next;
+        own.deferred = false;
+        own.relative.remove();
+        UnicodeString answer = next->getBaseUri();
+        if (!own.deferred) {
+            result = answer;
+            break;
+        }
+        if (!own.relative.isEmpty())
+            pending.push_back(own.relative);
+        next = own.next;
+    }
+    // Each relative xml:base is resolved against the base found above it, outermost first.
+    for (auto it = pending.rbegin(); it != pending.rend(); ++it)
+        result = ZkUri(ZkUri(result), *it).toString();
+    return result;
 }
 
 UnicodeString ZkNode::getBaseUri() const {
-    if (const ZkNode* parent = getParentNode())
-        return parent->getBaseUri();
-    if (m_ownerDocument && static_cast<const ZkNode*>(m_ownerDocument) != this)
-        return m_ownerDocument->getBaseUri();
-    return UnicodeString();
+    const ZkNode* next = getParentNode();
+    if (!next) {
+        const ZkDocument* document = getOwnerDocumentField();
+        if (static_cast<const ZkNode*>(document) != this)
+            next = document;
+    }
+    if (detail::InheritWalk* walk = detail::walkAsking(detail::InheritKind::kBaseUri, this)) {
+        detail::deferTo(walk, next);
+        return UnicodeString();
+    }
+    return next ? detail::inheritBaseUri(next, UnicodeString()) : UnicodeString();
 }
 
 } // namespace ZkCommonNS

@@ -19,8 +19,9 @@ public:
     /// canonical spelling of ZkUtil::getCanonicalEncoding or any name the platform or ICU
     /// knows. Null when the platform cannot convert it.
     static std::unique_ptr<ByteConverter> open(const UnicodeString& encoding, Direction direction);
-    /// Stored for the first open of the process.
-    static void setTablePath(const UnicodeString& path);
+    /// Stored; handed to the platform only while the process has one thread and no converter
+    /// has opened yet. True when it was handed on.
+    static bool setTablePath(const UnicodeString& path);
 
     virtual ~ByteConverter();
 

@@ -5,10 +5,12 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iconv.h>
 #include <unicode/ucnv.h>
+#include <unicode/utf8.h>
 
 namespace ZkCommonNS {
 
@@ -43,16 +45,23 @@ const NameMapping kNames[] = {
 
 ZkLock s_tablePathLock;
 std::string s_tablePath;
-bool s_tablePathHandedOn = false;
+std::atomic<bool> s_converterOpened{false};
 
-void handOnTablePath() {
-    ZkMutex guard(s_tablePathLock);
-    if (s_tablePathHandedOn)
-        return;
-    s_tablePathHandedOn = true;
-    // glibc reads GCONV_PATH once, when its first converter loads.
-    if (!s_tablePath.empty())
-        ::setenv("GCONV_PATH", s_tablePath.c_str(), 1);
+// The number of threads of this process, from the kernel's status file; 0 when unknown.
+int threadCount() {
+    FILE* status = std::fopen("/proc/self/status", "re");
+    if (!status)
+        return 0;
+    char line[256];
+    int count = 0;
+    while (std::fgets(line, sizeof line, status)) {
+        if (std::strncmp(line, "Threads:", 8) == 0) {
+            count = std::atoi(line + 8);
+            break;
+        }
+    }
+    std::fclose(status);
+    return count;
 }
 
 std::string narrow(const UnicodeString& text) {
@@ -92,6 +101,14 @@ public:
             if (error == EINVAL && !flush)
                 break; // an incomplete sequence waits for more input
             target.resize(used);
+            if (error == EINVAL && m_direction == Direction::kToUtf16) {
+                // A sequence cut off at the end: one U+FFFD for all of it, as ICU writes.
+                target.append(kReplacement, 2);
+                in += inLeft;
+                inLeft = 0;
+                used = target.size();
+                break;
+            }
             skipBadInput(in, inLeft, target);
             used = target.size();
             target.resize(used + inLeft * 2 + 16);
@@ -125,13 +142,24 @@ public:
     }
 
 private:
-    // Input iconv refuses: one byte of a legacy encoding becomes U+FFFD; one UTF-16 unit (two
-    // for a surrogate pair) that the target lacks becomes "?".
+    // Input iconv refuses: one byte of a legacy encoding, or the maximal subpart of an
+    // ill-formed UTF-8 sequence (what ICU replaces as one), becomes U+FFFD; one UTF-16 unit
+    // (two for a surrogate pair) that the target lacks becomes "?".
     void skipBadInput(char*& in, size_t& inLeft, std::string& target) {
         if (m_direction == Direction::kToUtf16) {
             target.append(kReplacement, 2);
-            ++in;
-            --inLeft;
+            size_t step = 1;
+            if (m_name == "UTF-8") {
+                const uint8_t* bytes = reinterpret_cast<const uint8_t*>(in);
+                int32_t length = static_cast<int32_t>(inLeft < 4 ? inLeft : 4);
+                int32_t consumed = 0;
+                UChar32 c;
+                U8_NEXT(bytes, consumed, length, c);
+                (void)c;
+                step = static_cast<size_t>(consumed > 0 ? consumed : 1);
+            }
+            in += step;
+            inLeft -= step;
             return;
         }
         size_t step = inLeft >= 2 ? 2 : inLeft;
@@ -180,14 +208,22 @@ iconv_t openIconv(const std::string& name, detail::ByteConverter::Direction dire
 
 detail::ByteConverter::~ByteConverter() = default;
 
-void detail::ByteConverter::setTablePath(const UnicodeString& path) {
+bool detail::ByteConverter::setTablePath(const UnicodeString& path) {
     ZkMutex guard(s_tablePathLock);
     s_tablePath = narrow(path);
+    // glibc's iconv finds no tables but through GCONV_PATH, which it reads once, at the first
+    // converter; its built-in converters need none. Setting a variable races with getenv in
+    // every other thread, so it happens here, in the call the application makes at start-up,
+    // and only while the process has one thread and no converter has opened. Opening a
+    // converter never touches the environment.
+    if (s_tablePath.empty() || s_converterOpened.load() || threadCount() != 1)
+        return false;
+    return ::setenv("GCONV_PATH", s_tablePath.c_str(), 1) == 0;
 }
 
 std::unique_ptr<detail::ByteConverter> detail::ByteConverter::open(const UnicodeString& encoding,
                                                                    Direction direction) {
-    handOnTablePath();
+    s_converterOpened.store(true);
     std::string given = narrow(encoding);
     if (given.empty() || given.find('\0') != std::string::npos)
         return nullptr;

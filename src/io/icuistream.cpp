@@ -1,5 +1,5 @@
-// ZkICUIStream: decoding through an ICU converter, and whole-stream encoding detection by
-// XML declaration or ICU's charset detector.
+// ZkICUIStream: decoding through an ICU converter, and encoding detection from the head of a
+// stream by XML declaration or ICU's charset detector.
 #include "zkcommon/io/icuistream.h"
 
 #include "zkcommon/core/lock.h"
@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 #include <unicode/ucnv.h>
+#include <unicode/ucnv_cb.h>
 #include <unicode/ucsdet.h>
 #include <vector>
 
@@ -31,8 +32,9 @@ bool isNameChar(char c) {
 }
 
 // "^<\?xml [^>]*\?>" and, inside it, the last " encoding=\"([a-zA-Z0-9_\-]+)\"" (the pattern's
-// "[^>]*" is greedy, so the last match wins). Returns false without a declaration; `name`
-// stays empty for a declaration without an encoding.
+// "[^>]*" is greedy, so the last match wins); single quotes are read as well, as XML allows
+// them. Returns false without a declaration; `name` stays empty for a declaration without an
+// encoding.
 bool findDeclaredEncoding(const std::vector<char>& data, std::string& name) {
     static const char kStart[] = "<?xml ";
     const size_t startLength = sizeof(kStart) - 1;
@@ -44,19 +46,37 @@ bool findDeclaredEncoding(const std::vector<char>& data, std::string& name) {
         ++close;
     if (close >= data.size() || data[close - 1] != '?')
         return false;
-    static const char kAttribute[] = " encoding=\"";
+    static const char kAttribute[] = " encoding=";
     const size_t attributeLength = sizeof(kAttribute) - 1;
     name.clear();
-    for (size_t at = startLength - 1; at + attributeLength < close; ++at) {
+    for (size_t at = startLength - 1; at + attributeLength + 1 < close; ++at) {
         if (std::string(data.data() + at, attributeLength) != kAttribute)
             continue;
-        size_t limit = at + attributeLength;
+        const char quote = data[at + attributeLength];
+        if (quote != '"' && quote != '\'')
+            continue;
+        const size_t nameStart = at + attributeLength + 1;
+        size_t limit = nameStart;
         while (limit < close && isNameChar(data[limit]))
             ++limit;
-        if (limit > at + attributeLength && limit < close && data[limit] == '"')
-            name.assign(data.data() + at + attributeLength, limit - (at + attributeLength));
+        if (limit > nameStart && limit < close && data[limit] == quote)
+            name.assign(data.data() + nameStart, limit - nameStart);
     }
     return true;
+}
+
+// Bad input decodes to U+FFFD REPLACEMENT CHARACTER, as in the iconv family; ICU's own default
+// writes the code page's substitution character, U+001A SUBSTITUTE for many. ICU calls once
+// per malformed sequence, and once for a sequence cut off at the end.
+void U_CALLCONV substituteReplacementCharacter(const void*, UConverterToUnicodeArgs* args,
+                                               const char*, int32_t,
+                                               UConverterCallbackReason reason,
+                                               UErrorCode* status) {
+    if (reason > UCNV_IRREGULAR)
+        return; // reset, close, clone: nothing to write
+    static const UChar kReplacement = 0xFFFD;
+    *status = U_ZERO_ERROR;
+    ucnv_cbToUWriteUChars(args, &kReplacement, 1, 0, status);
 }
 
 } // namespace
@@ -68,8 +88,13 @@ ZkICUIStreamBuf::ZkICUIStreamBuf(std::istream* source, const char* encoding, boo
     if (source && encoding) {
         UErrorCode status = U_ZERO_ERROR;
         m_converter = ucnv_open(encoding, &status);
-        if (U_FAILURE(status))
+        if (U_SUCCESS(status))
+            ucnv_setToUCallBack(m_converter, &substituteReplacementCharacter, nullptr, nullptr,
+                                nullptr, &status);
+        if (U_FAILURE(status)) {
+            closeConverter();
             m_converter = nullptr;
+        }
     }
     setg(nullptr, nullptr, nullptr);
 }
@@ -133,25 +158,27 @@ const char* ZkICUIStream::detectEncoding(std::istream* source) {
     static const char kDefault[] = "UTF-8";
     if (!source)
         return kDefault;
+    // The head is enough: the declaration stands at the start, and the detector looks at no
+    // more than its first few kilobytes. A stream of gigabytes is not read to sniff it.
+    constexpr size_t kHeadCapacity = 64 * 1024;
     std::vector<char> data;
     try {
         source->clear();
-        source->seekg(0, std::ios::end);
-        std::streamoff size = source->tellg();
-        if (size <= 0 || size > 0x7FFFFFFF) {
+        source->seekg(0);
+        if (!*source) {
             source->clear();
-            source->seekg(0);
             return kDefault;
         }
-        data.resize(static_cast<size_t>(size));
-        source->seekg(0);
-        source->read(data.data(), size);
+        data.resize(kHeadCapacity);
+        source->read(data.data(), static_cast<std::streamsize>(data.size()));
         data.resize(static_cast<size_t>(source->gcount()));
         source->clear();
         source->seekg(0);
     } catch (const std::exception&) {
         return kDefault;
     }
+    if (data.empty())
+        return kDefault;
     std::string declared;
     if (findDeclaredEncoding(data, declared))
         return declared.empty() ? kDefault : internName(declared);

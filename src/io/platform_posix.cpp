@@ -6,6 +6,9 @@
 #include <cerrno>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <ext/stdio_filebuf.h>
+#include <fcntl.h>
+#include <istream>
 #include <link.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
@@ -67,7 +70,72 @@ int visitModule(struct dl_phdr_info* info, size_t, void* data) {
     return 0;
 }
 
+// A binary stream over a file descriptor that it owns.
+class DescriptorStream : public std::iostream {
+public:
+    DescriptorStream(int fd, std::ios::openmode mode)
+        : std::iostream(nullptr), m_buffer(fd, mode | std::ios::binary) {
+        rdbuf(&m_buffer);
+    }
+
+private:
+    __gnu_cxx::stdio_filebuf<char> m_buffer;
+};
+
 } // namespace
+
+std::iostream* detail::platform::openRegularFile(const UnicodeString& path, OpenMode mode,
+                                                 int64_t* size, int* error) {
+    std::string native = nativePath(path);
+    if (error)
+        *error = ENOENT;
+    if (native.empty())
+        return nullptr;
+    int flags = O_NONBLOCK | O_CLOEXEC | O_NOCTTY;
+    std::ios::openmode streamMode = std::ios::in;
+    switch (mode) {
+    case OpenMode::kRead:
+        flags |= O_RDONLY;
+        break;
+    case OpenMode::kWriteTruncate:
+        flags |= O_WRONLY | O_CREAT;
+        streamMode = std::ios::out;
+        break;
+    case OpenMode::kWriteAppend:
+        flags |= O_WRONLY | O_CREAT | O_APPEND;
+        streamMode = std::ios::out | std::ios::app;
+        break;
+    case OpenMode::kReadWrite:
+        flags |= O_RDWR | O_CREAT;
+        streamMode = std::ios::in | std::ios::out;
+        break;
+    }
+    // O_NONBLOCK keeps the open itself from waiting on a FIFO; the test after it refuses
+    // everything but a regular file before a byte is read or a file is truncated.
+    const int fd = ::open(native.c_str(), flags, 0666);
+    if (fd < 0) {
+        if (error)
+            *error = errno == ENXIO ? kNotRegularFile : errno; // a FIFO without a reader
+        return nullptr;
+    }
+    struct stat status;
+    const bool regular = ::fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+    if (!regular || ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK) != 0 ||
+        (mode == OpenMode::kWriteTruncate && ::ftruncate(fd, 0) != 0)) {
+        if (error)
+            *error = regular ? errno : kNotRegularFile;
+        ::close(fd);
+        return nullptr;
+    }
+    if (size)
+        *size = static_cast<int64_t>(status.st_size);
+    try {
+        return new DescriptorStream(fd, streamMode);
+    } catch (...) {
+        ::close(fd);
+        throw;
+    }
+}
 
 std::string detail::platform::nativePath(const UnicodeString& path) {
     if (path.indexOf(u'\0') >= 0)

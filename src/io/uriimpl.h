@@ -28,6 +28,14 @@ UnicodeString resolveUriReference(const UnicodeString& base, const UnicodeString
 /// be replaced by the inner text.
 ZkUri::URISTRTYPE resolveUriType(UnicodeString& text, ZkUri::URISTRTYPE type);
 
+/// Decodes the escapes of unreserved characters (letters, digits, "-", ".", "_", "~"), which
+/// name the same resource either way: "%2E%2E" must meet dot-segment removal as "..".
+void decodeUnreservedEscapes(UnicodeString& text);
+
+/// The URI with its path in normal form: unreserved escapes decoded, "." and ".." segments
+/// removed. Query and fragment stay as they are.
+UnicodeString normalizeUriPath(const UnicodeString& uri);
+
 /// The text with its fragment and query cut off: the part that names the resource.
 UnicodeString uriWithoutQueryAndFragment(const UnicodeString& text);
 

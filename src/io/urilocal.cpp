@@ -37,6 +37,34 @@ int32_t lastSeparator(const UnicodeString& path) {
     return std::max(path.lastIndexOf(u'/'), path.lastIndexOf(u'\\'));
 }
 
+// The length of an escaped separator ("%2F", "%5C", any case) at `i`, else 0.
+int32_t escapedSeparatorAt(const UnicodeString& text, int32_t i) {
+    if (i + 2 >= text.length() || text.charAt(i) != u'%')
+        return 0;
+    const char16_t high = text.charAt(i + 1);
+    const char16_t low = static_cast<char16_t>(text.charAt(i + 2) | 0x20);
+    return (high == u'2' && low == u'f') || (high == u'5' && low == u'c') ? 3 : 0;
+}
+
+// Unescapes a path, except that an escaped "/" or "\" stays escaped: it is part of a name,
+// and as a separator it would open a file outside the folder the URI names.
+UnicodeString unescapePath(const UnicodeString& text) {
+    UnicodeString out;
+    int32_t pieceStart = 0;
+    for (int32_t i = 0; i < text.length(); ++i) {
+        const int32_t escape = escapedSeparatorAt(text, i);
+        if (escape == 0)
+            continue;
+        out.append(ZkUri::unescape(UnicodeString(text, pieceStart, i - pieceStart)));
+        out.append(text, i, escape);
+        pieceStart = i + escape;
+        i += escape - 1;
+    }
+    if (pieceStart == 0)
+        return ZkUri::unescape(text);
+    return out.append(ZkUri::unescape(UnicodeString(text, pieceStart)));
+}
+
 } // namespace
 
 UnicodeString ZkUri::getLocalPath(const UnicodeString& uri) {
@@ -47,7 +75,7 @@ UnicodeString ZkUri::getLocalPath(const UnicodeString& uri) {
     int32_t slashes = 0;
     while (slashes < rest.length() && rest.charAt(slashes) == u'/')
         ++slashes;
-    UnicodeString tail = unescape(UnicodeString(rest, slashes));
+    UnicodeString tail = unescapePath(UnicodeString(rest, slashes));
     if (hasDriveLetter(tail, 0))
         return tail;
     switch (slashes) {

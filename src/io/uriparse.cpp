@@ -3,6 +3,7 @@
 #include "io/platform.h"
 #include "io/uriimpl.h"
 #include "zkcommon/io/uri.h"
+#include "zkcommon/text/util.h"
 
 #include <atomic>
 #include <string>
@@ -118,10 +119,15 @@ UnicodeString detail::fileUriFromPath(const UnicodeString& path, bool escapeShar
     if (path.startsWith(u"//"))
         return UnicodeString(u"file:") + ZkUri::escape(path, escapeSharp);
     if (path.startsWith(u"/")) {
-        // A POSIX file name may hold "?": it is data here, never a query.
+        // A POSIX file name may hold "?": it is data here, never a query. A fragment after "#"
+        // is no part of the name and keeps its "?".
         UnicodeString escaped = ZkUri::escape(path, escapeSharp);
-        escaped.findAndReplace(u"?", u"%3F");
-        return UnicodeString(u"file://") + escaped;
+        int32_t sharp = escaped.indexOf(u'#');
+        if (sharp < 0)
+            sharp = escaped.length();
+        UnicodeString name(escaped, 0, sharp);
+        name.findAndReplace(u"?", u"%3F");
+        return UnicodeString(u"file://") + name + UnicodeString(escaped, sharp);
     }
     return path;
 }
@@ -163,6 +169,14 @@ ZkUri::URISTRTYPE detail::resolveUriType(UnicodeString& text, ZkUri::URISTRTYPE 
         }
     }
     return type;
+}
+
+UnicodeString ZkUtil::unquoteUri(const UnicodeString& text) {
+    // The unwrapping that a path-typed ZkUri applies to a CSS url(...) wrapper.
+    UnicodeString content(text);
+    content.trim();
+    detail::resolveUriType(content, ZkUri::URISTR_FILEPATH_OR_URI);
+    return content;
 }
 
 UnicodeString detail::uriWithoutQueryAndFragment(const UnicodeString& text) {
@@ -211,11 +225,17 @@ ZkUri::~ZkUri() = default;
 void ZkUri::construct(const ZkUri* base, const UnicodeString& text, URISTRTYPE type,
                       const ZkXmlCatalogs* catalogs) {
     UnicodeString source = catalogs ? detail::resolveThroughCatalogs(catalogs, text) : text;
+    // White space around is never part of a URI or path: " /a.xml" is read as "/a.xml" is,
+    // as " C:\a.xml" is read as a drive path.
+    source.trim();
     const bool hasBase = base && !base->m_uri.isEmpty();
-    // A POSIX absolute path is what a drive path is on Windows, as long as it cannot be an
-    // absolute-path reference into a remote base.
-    const bool posixPath = type == URISTR_AUTO && source.startsWith(u"/") &&
-                           !source.startsWith(u"//") && (!hasBase || base->isFile());
+    // A POSIX absolute path is what a drive path is on Windows. Against a base it is an
+    // absolute-path reference instead, read like any other reference: it keeps the base's host
+    // ("file://host/...") and its "?" starts a query as it does in "x?q".
+    const bool posixPath =
+        type == URISTR_AUTO && source.startsWith(u"/") && !source.startsWith(u"//") && !hasBase;
+    if (hasBase && type == URISTR_AUTO && source.startsWith(u"/") && !source.startsWith(u"//"))
+        type = URISTR_URI; // whether such a file exists here says nothing about the base's host
     type = detail::resolveUriType(source, type);
     if (posixPath && type == URISTR_URI)
         type = URISTR_FILEPATH;

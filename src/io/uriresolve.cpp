@@ -168,7 +168,59 @@ UnicodeString directoryOf(const UnicodeString& text) {
     return slash < 0 ? UnicodeString() : UnicodeString(path, 0, slash + 1);
 }
 
+int hexDigit(char16_t c) {
+    if (c >= u'0' && c <= u'9')
+        return c - u'0';
+    if ((c | 0x20) >= u'a' && (c | 0x20) <= u'f')
+        return (c | 0x20) - u'a' + 10;
+    return -1;
+}
+
+bool isUnreserved(int c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '.' || c == '_' || c == '~';
+}
+
 } // namespace
+
+void detail::decodeUnreservedEscapes(UnicodeString& text) {
+    int32_t percent = text.indexOf(u'%');
+    if (percent < 0)
+        return;
+    UnicodeString out;
+    out.append(text, 0, percent);
+    const int32_t length = text.length();
+    for (int32_t i = percent; i < length;) {
+        const char16_t c = text.charAt(i);
+        if (c == u'%' && i + 2 < length) {
+            const int high = hexDigit(text.charAt(i + 1));
+            const int low = hexDigit(text.charAt(i + 2));
+            if (high >= 0 && low >= 0 && isUnreserved(high * 16 + low)) {
+                out.append(static_cast<char16_t>(high * 16 + low));
+                i += 3;
+                continue;
+            }
+        }
+        out.append(c);
+        ++i;
+    }
+    text = out;
+}
+
+UnicodeString detail::normalizeUriPath(const UnicodeString& uri) {
+    const int32_t limit = uriWithoutQueryAndFragment(uri).length();
+    int32_t schemeLimit = uriSchemeLimit(uri);
+    if (schemeLimit >= limit)
+        schemeLimit = -1;
+    const BaseParts parts = locateBase(uri, limit, schemeLimit, /*networkReference=*/false);
+    if (parts.rootPath)
+        return uri;
+    UnicodeString path(uri, parts.hostLimit, limit - parts.hostLimit);
+    decodeUnreservedEscapes(path);
+    UnicodeString result(uri, 0, parts.hostLimit);
+    normalizeInto(result, result.length(), path.getBuffer(), path.length());
+    return result.append(uri, limit, uri.length() - limit);
+}
 
 UnicodeString detail::resolveUriReference(const UnicodeString& base,
                                           const UnicodeString& referenceText,
@@ -282,6 +334,9 @@ UnicodeString detail::resolveUriReference(const UnicodeString& base,
         merged.append(reference, 0, referencePathLimit);
     }
 
+    // An escaped dot is a dot: "%2E%2E/" must not pass dot-segment removal and climb out of
+    // the base later, when the local path decodes it.
+    decodeUnreservedEscapes(merged);
     UnicodeString result;
     result.getBuffer(parts.hostLimit + referencePathStart + merged.length() +
                      (reference.length() - referencePathLimit) + fragment.length());
@@ -293,7 +348,9 @@ UnicodeString detail::resolveUriReference(const UnicodeString& base,
     }
     // Only the path is normalised: a query keeps its dots.
     normalizeInto(result, result.length(), merged.getBuffer(), merged.length());
-    if (referenceQuery >= 0 && !uriStartsWith(work, 0, "file:"))
+    // The query stays, for file URIs too: nothing of the reference is lost, and a local path
+    // leaves it out.
+    if (referenceQuery >= 0)
         result.append(reference, referenceQuery, reference.length() - referenceQuery);
     if (result.length() >= 2 && result.charAt(0) == u'.' && result.charAt(1) == u'/')
         result.remove(0, 2);
@@ -325,8 +382,10 @@ UnicodeString ZkUri::getRelativeUri(const UnicodeString& base) const {
 bool ZkUri::isDescendantOrSelf(const ZkUri& other) const {
     if (m_uri.isEmpty() || other.m_uri.isEmpty())
         return false;
+    // Both in normal form: an escaped or literal ".." inside either must count as a climb.
     ZkUri self(*this);
-    UnicodeString base(other.m_uri);
+    self.m_uri = detail::normalizeUriPath(m_uri);
+    UnicodeString base = detail::normalizeUriPath(other.m_uri);
     if (isFileScheme() && other.isFileScheme()) {
         self.m_uri.toLower(Locale::getRoot());
         base.toLower(Locale::getRoot());
@@ -334,7 +393,8 @@ bool ZkUri::isDescendantOrSelf(const ZkUri& other) const {
     if (self.m_uri == base)
         return true;
     UnicodeString relative = self.getRelativeUri(base);
-    return !relative.isEmpty() && !relative.startsWith(u"..");
+    // A climb is a ".." segment; "..x" or "..%2Fx" is a name inside.
+    return !relative.isEmpty() && relative != UnicodeString(u"..") && !relative.startsWith(u"../");
 }
 
 UnicodeString ZkUri::escapeSharpIfExist(const UnicodeString& text, bool exists) {

@@ -2,11 +2,11 @@
 // branches for other schemes; output and read-write files; redirections.
 #include "io/platform.h"
 #include "io/uriopen.h"
+#include "zkcommon/core/error.h"
 #include "zkcommon/core/lock.h"
 #include "zkcommon/io/uri.h"
 
 #include <atomic>
-#include <fstream>
 #include <memory>
 #include <sstream>
 #include <unordered_map>
@@ -80,16 +80,19 @@ std::istream* ZkUri::getIStream(ContentInfo* info, UnicodeString* errorText) con
             UnicodeString path = getLocalPath();
             if (!path.isEmpty()) {
                 // No "\\?\" prefix is needed for long paths here: POSIX has no 260 limit.
+                // Only a regular file opens: a FIFO would block, a device stream without end.
                 int64_t size = -1;
-                if (detail::platform::statPath(path, &size) != detail::platform::FileKind::kFile)
-                    return nullptr;
-                auto file = std::make_unique<std::ifstream>(detail::platform::nativePath(path),
-                                                            std::ios::in | std::ios::binary);
-                if (!file->is_open())
-                    return nullptr;
-                if (info)
+                int error = 0;
+                std::istream* file = detail::platform::openRegularFile(
+                    path, detail::platform::OpenMode::kRead, &size, &error);
+                if (file && info)
                     info->length = size;
-                return file.release();
+                if (!file && errorText) {
+                    *errorText = error == detail::platform::kNotRegularFile
+                                     ? UnicodeString(u"not a regular file")
+                                     : ZkError::getLastErrorMessage(static_cast<unsigned>(error));
+                }
+                return file;
             }
         }
         detail::UriStreamOpener opener = nullptr;
@@ -109,14 +112,12 @@ std::istream* ZkUri::getIStream(ContentInfo* info, UnicodeString* errorText) con
 std::ostream* ZkUri::getOStream(bool append) const {
     if (m_uri.isEmpty() || !isFile() || isRemote())
         return nullptr;
-    UnicodeString path = getLocalPath();
-    std::string native = detail::platform::nativePath(path);
-    if (native.empty())
-        return nullptr;
     try {
-        auto mode = std::ios::out | std::ios::binary | (append ? std::ios::app : std::ios::trunc);
-        auto file = std::make_unique<std::ofstream>(native, mode);
-        return file->is_open() ? file.release() : nullptr;
+        return detail::platform::openRegularFile(getLocalPath(),
+                                                 append
+                                                     ? detail::platform::OpenMode::kWriteAppend
+                                                     : detail::platform::OpenMode::kWriteTruncate,
+                                                 nullptr);
     } catch (const std::exception&) {
         return nullptr;
     }
@@ -125,19 +126,10 @@ std::ostream* ZkUri::getOStream(bool append) const {
 std::iostream* ZkUri::getFStream() const {
     if (m_uri.isEmpty() || !isFile() || isRemote())
         return nullptr;
-    std::string native = detail::platform::nativePath(getLocalPath());
-    if (native.empty())
-        return nullptr;
     try {
-        const auto mode = std::ios::in | std::ios::out | std::ios::binary;
-        auto file = std::make_unique<std::fstream>(native, mode);
-        if (!file->is_open()) {
-            // A missing file is created; an existing one is never truncated.
-            if (detail::platform::pathExists(getLocalPath()))
-                return nullptr;
-            file = std::make_unique<std::fstream>(native, mode | std::ios::trunc);
-        }
-        return file->is_open() ? file.release() : nullptr;
+        // A missing file is created; an existing one is never truncated.
+        return detail::platform::openRegularFile(getLocalPath(),
+                                                 detail::platform::OpenMode::kReadWrite, nullptr);
     } catch (const std::exception&) {
         return nullptr;
     }

@@ -72,9 +72,8 @@ int ZkUtil::parseDigits(const UnicodeString& text, int start, int length) {
     int textLength = text.length();
     if (start < 0 || start >= textLength)
         return -1;
-    int limit = length <= 0 ? textLength : start + length;
-    if (limit > textLength)
-        limit = textLength;
+    // Compared before adding: start + length may lie past INT_MAX.
+    int limit = length <= 0 || length > textLength - start ? textLength : start + length;
     long long value = 0;
     for (int i = start; i < limit; ++i) {
         char16_t c = text.charAt(i);

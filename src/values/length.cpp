@@ -11,34 +11,34 @@ namespace ZkCommonNS {
 
 namespace {
 
-float floatFromBits(uint32_t bits) noexcept {
-    float value;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-}
-
-// Points per unit. The factors are given as float bit patterns so that every build gets the
-// same nearest float: 72/2.54 for cm, 72/25.4 for mm, 0.3514 mm for jpt, 0.25 mm for q,
-// 1/12700 for emu; dd and cc stand as the typographers define them.
+// Points per unit. The factors are exact float values written in hexadecimal, so that every
+// build gets the same nearest float: 72/2.54 for cm, 72/25.4 for mm, 0.3514 mm for jpt, 0.25 mm
+// for q, 1/12700 for emu; dd and cc stand as the typographers define them. The table is built
+// by the compiler: a static initialiser elsewhere (a property default) reads it whole.
 struct UnitFactors {
-    float factor[kUnitTypeCount] = {};
-    UnitFactors() noexcept {
-        factor[UnitCm] = floatFromBits(0x41E2C58B);
-        factor[UnitMm] = floatFromBits(0x40356AD6);
-        factor[UnitIn] = 72.0f;
-        factor[UnitPt] = 1.0f;
-        factor[UnitPc] = 12.0f;
-        factor[UnitJpt] = floatFromBits(0x3F7F000C);
-        factor[UnitQ] = floatFromBits(0x3F356AD6);
-        factor[UnitDd] = floatFromBits(0x3F88AC5C);
-        factor[UnitCc] = floatFromBits(0x414D028A);
-        factor[UnitTwip] = floatFromBits(0x3D4CCCCD);
-        factor[UnitEmu] = floatFromBits(0x38A5214D);
-        factor[UnitPi] = 12.0f;
-    }
+    float factor[kUnitTypeCount];
 };
 
-const UnitFactors s_factors;
+constexpr UnitFactors makeUnitFactors() noexcept {
+    UnitFactors table{};
+    table.factor[UnitCm] = 0x1.c58b16p+4f;
+    table.factor[UnitMm] = 0x1.6ad5acp+1f;
+    table.factor[UnitIn] = 72.0f;
+    table.factor[UnitPt] = 1.0f;
+    table.factor[UnitPc] = 12.0f;
+    table.factor[UnitJpt] = 0x1.fe0018p-1f;
+    table.factor[UnitQ] = 0x1.6ad5acp-1f;
+    table.factor[UnitDd] = 0x1.1158b8p+0f;
+    table.factor[UnitCc] = 0x1.9a0514p+3f;
+    table.factor[UnitTwip] = 0x1.99999ap-5f;
+    table.factor[UnitEmu] = 0x1.4a429ap-14f;
+    table.factor[UnitPi] = 12.0f;
+    return table;
+}
+
+constexpr UnitFactors s_factors = makeUnitFactors();
+static_assert(s_factors.factor[UnitIn] == 72.0f && s_factors.factor[UnitCm] > 28.34f,
+              "the factors are constants");
 
 // 100000 mm in points: beyond it a length is taken for garbage.
 constexpr float kInvalidLimit = 283464.5625f;

@@ -35,52 +35,26 @@ TEST(NameTable, BuiltinCountAndBoundaries) {
 }
 
 TEST(NameTable, SpreadOfNumbers) {
+    // clang-format off
     const struct {
         int number;
         const char* text;
     } cases[] = {
-        {1, "ANSI_X3.4"},
-        {4, "ASCII"},
-        {170, "UTF-8"},
-        {176, "Zyyy"},
-        {177, "%"},
-        {184, "#document"},
-        {185, "#document-fragment"},
-        {186, "#text"},
-        {187, "above"},
-        {259, "qtf"},
-        {756, "http://www.velmora.com/names/MV/Layout"},
+        {1, "ANSI_X3.4"}, {4, "ASCII"}, {170, "UTF-8"}, {176, "Zyyy"}, {177, "%"},
+        {184, "#document"}, {185, "#document-fragment"}, {186, "#text"}, {187, "above"},
+        {259, "qtf"}, {756, "http://www.velmora.com/names/MV/Layout"},
         {758, "http://www.velmora.com/names/XSL/Extensions"},
-        {760, "http://www.w3.org/1998/Math/MathML"},
-        {761, "http://www.w3.org/1999/XSL/Format"},
-        {764, "http://www.w3.org/2000/xmlns/"},
-        {765, "http://www.w3.org/XML/1998/namespace"},
-        {820, "inherit"},
-        {1643, "BottomFloatArea"},
-        {1677, "-zk-"},
-        {1678, "_zk_"},
-        {1679, "_css_"},
-        {1693, "alternate stylesheet"},
-        {1913, "http://www.w3.org/1999/xhtml"},
-        {2499, "##RGBA"},
-        {2500, "rgba"},
-        {2501, "#HSL"},
-        {2720, "and korean-hanja-formal"},
-        {2721, "and trad-chinese-formal"},
-        {2921, "http://www.velmora.com/names/Error"},
-        {3000, "Zsye"},
-        {3001, "Zsym"},
-        {3064, "A"},
-        {3065, "I"},
-        {3066, "*"},
-        {3067, "--"},
-        {3110, "||"},
-        {3201, "B"},
-        {3356, "http://www.velmora.com/names/CSSDebug"},
-        {3577, "FlexArea"},
-        {3654, "revert"},
-        {3665, "wrap-reverse"},
+        {760, "http://www.w3.org/1998/Math/MathML"}, {761, "http://www.w3.org/1999/XSL/Format"},
+        {764, "http://www.w3.org/2000/xmlns/"}, {765, "http://www.w3.org/XML/1998/namespace"},
+        {820, "inherit"}, {1643, "BottomFloatArea"}, {1677, "-zk-"}, {1678, "_zk_"}, {1679, "_css_"},
+        {1693, "alternate stylesheet"}, {1913, "http://www.w3.org/1999/xhtml"}, {2499, "##RGBA"},
+        {2500, "rgba"}, {2501, "#HSL"}, {2720, "and korean-hanja-formal"},
+        {2721, "and trad-chinese-formal"}, {2921, "http://www.velmora.com/names/Error"},
+        {3000, "Zsye"}, {3001, "Zsym"}, {3064, "A"}, {3065, "I"}, {3066, "*"}, {3067, "--"},
+        {3110, "||"}, {3201, "B"}, {3356, "http://www.velmora.com/names/CSSDebug"},
+        {3577, "FlexArea"}, {3654, "revert"}, {3665, "wrap-reverse"},
     };
+    // clang-format on
     for (const auto& c : cases) {
         if (!c.text)
             continue;

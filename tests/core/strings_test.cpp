@@ -3,6 +3,9 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <vector>
 
 using namespace ZkCommonNS;
 
@@ -10,8 +13,9 @@ TEST(ZkStrings, SharedEmptyAndBogus) {
     EXPECT_TRUE(ZkEmptyString::getEmptyString().isEmpty());
     EXPECT_FALSE(ZkEmptyString::getEmptyString().isBogus());
     EXPECT_TRUE(ZkBogusString::getBogusString().isBogus());
-    EXPECT_EQ(&ZkEmptyString::getEmptyString(), &ZkEmptyString::EMPTY_VALUE);
-    EXPECT_EQ(&ZkBogusString::getBogusString(), &ZkBogusString::BOGUS_VALUE);
+    // The getters are made on first use, ready even for another static initialiser.
+    EXPECT_TRUE(ZkEmptyString::EMPTY_VALUE.isEmpty());
+    EXPECT_TRUE(ZkBogusString::BOGUS_VALUE.isBogus());
 }
 
 TEST(ZkCStr, GivesUtf8ByDefault) {
@@ -62,4 +66,21 @@ TEST(ZkUtfStr, DecodesUtf8) {
     EXPECT_EQ(text, UnicodeString(u"\u65E5"));
     ZkUtfStr bad("a\xFF");
     EXPECT_EQ(bad, UnicodeString(u"a\uFFFD"));
+}
+
+TEST(ZkCStr, SharedValueReadFromManyThreads) {
+    // The 8-bit form is made on first use inside const calls; concurrent readers must agree
+    // (and a ThreadSanitizer run sees no race).
+    const ZkCStr shared(UnicodeString(u"f\u00FCr-alle.xml"), "ISO-8859-1");
+    std::vector<std::thread> readers;
+    std::vector<std::string> seen(4);
+    for (int t = 0; t < 4; ++t)
+        readers.emplace_back([&shared, &seen, t] {
+            for (int i = 0; i < 1000; ++i)
+                seen[size_t(t)] = std::string(shared.c_str(), size_t(shared.length8()));
+        });
+    for (std::thread& reader : readers)
+        reader.join();
+    for (const std::string& bytes : seen)
+        EXPECT_EQ(bytes, "f\xFCr-alle.xml");
 }

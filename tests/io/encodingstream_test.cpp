@@ -5,10 +5,14 @@
 #include "zkcommon/io/icuistream.h"
 #include "zkcommon/io/rqcstream.h"
 
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <unicode/ucnv.h>
 
 using namespace ZkCommonNS;
@@ -310,7 +314,7 @@ TEST(EncodingDetection, IcuDeclarationsAndStatistics) {
     } cases[] = {
         {"<?xml version=\"1.0\" encoding=\"Shift_JIS\"?><a/>", "Shift_JIS"},
         {"<?xml version=\"1.0\"?><a/>", "UTF-8"},
-        {"<?xml version=\"1.0\" encoding='EUC-JP'?><a/>", "UTF-8"},
+        {"<?xml version=\"1.0\" encoding='EUC-JP'?><a/>", "EUC-JP"},
         {"<?xml version=\"1.0\" encoding=\"x\" encoding=\"KOI8-R\"?>", "KOI8-R"},
         {"", "UTF-8"},
     };
@@ -403,4 +407,73 @@ TEST(EncodingStreams, LineEndsAcrossBufferRefills) {
         EXPECT_EQ(std::string(2047, 'a') + c.lineEnd + "b",
                   encodeWithRqc(text, "US-ASCII", c.mode));
     }
+}
+
+TEST(EncodingStreams, BadInputDecodesAlikeInBothFamilies) {
+    // clang-format off
+    struct Case { std::string bytes; const char* encoding; const char16_t* text; } cases[] = {
+        {"a\x80" "b", "US-ASCII", u"a\uFFFD" "b"},       // ICU's default is U+001A
+        {"a\xE3\x81", "UTF-8", u"a\uFFFD"},               // one per truncated tail
+        {"a\xE3\x81" "b", "UTF-8", u"a\uFFFD" "b"},       // maximal subpart
+        {"a\xC0\xAF" "b", "UTF-8", u"a\uFFFD\uFFFD" "b"},
+        {"a\xFF" "b", "UTF-8", u"a\uFFFD" "b"},
+        {"a\x82", "Shift_JIS", u"a\uFFFD"},
+        {"a\xA4", "EUC-JP", u"a\uFFFD"},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.encoding + std::string(" ") + c.bytes);
+        EXPECT_EQ(UnicodeString(c.text), decodeWithIcu(c.bytes, c.encoding));
+        EXPECT_EQ(UnicodeString(c.text), decodeWithRqc(c.bytes, c.encoding));
+    }
+}
+
+TEST(EncodingDetection, IcuReadsOnlyTheHead) {
+    // A source that would give a gigabyte: detection must stop at the head.
+    class Endless : public std::streambuf {
+    public:
+        size_t served = 0;
+
+    protected:
+        int_type underflow() override {
+            if (served > (size_t(1) << 30))
+                return traits_type::eof();
+            served += sizeof m_block;
+            std::fill(m_block, m_block + sizeof m_block, 'a');
+            setg(m_block, m_block, m_block + sizeof m_block);
+            return 'a';
+        }
+        pos_type seekoff(off_type offset, std::ios::seekdir, std::ios::openmode) override {
+            return offset == 0 ? pos_type(0) : pos_type(off_type(-1));
+        }
+        pos_type seekpos(pos_type position, std::ios::openmode) override {
+            setg(m_block, m_block, m_block);
+            return position;
+        }
+
+    private:
+        char m_block[4096];
+    } endless;
+    std::istream in(&endless);
+    EXPECT_NE(nullptr, ZkICUIStream::detectEncoding(&in));
+    EXPECT_LE(endless.served, size_t(1) << 17);
+}
+
+TEST(EncodingStreams, TablePathNeverChangesTheEnvironmentLater) {
+    // Once a converter has opened, or while another thread runs, the variable stays as it is:
+    // setting it would race with getenv elsewhere.
+    ::unsetenv("GCONV_PATH");
+    std::atomic<bool> stop{false};
+    std::thread other([&stop] {
+        while (!stop)
+            std::this_thread::yield();
+    });
+    ZkRQCIStream::setRQCTablePath(u"/no/such/tables");
+    EXPECT_EQ(nullptr, std::getenv("GCONV_PATH"));
+    stop = true;
+    other.join();
+    EXPECT_EQ(UnicodeString(u"y"), decodeWithRqc("y", "ISO-8859-1"));
+    ZkRQCIStream::setRQCTablePath(u"/no/such/tables");
+    EXPECT_EQ(nullptr, std::getenv("GCONV_PATH"));
+    ZkRQCIStream::setRQCTablePath(u"");
 }

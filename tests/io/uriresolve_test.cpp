@@ -118,7 +118,7 @@ TEST(UriResolve, FileReferencesAreRepaired) {
         {"file:///C:/docs/a.xml", "file:b.xml", "file:///C:/docs/b.xml"},
         {"file:///home/u/a.xml", "file:/etc/x.xml", "file:///etc/x.xml"},
         {"file:///home/u/a.xml", "b c.xml", "file:///home/u/b%20c.xml"},
-        {"file:///home/u/a.xml?x=1", "b.xml?y=2", "file:///home/u/b.xml"},
+        {"file:///home/u/a.xml?x=1", "b.xml?y=2", "file:///home/u/b.xml?y=2"},
         {"file://server/share/a.xml", "b.xml", "file://server/share/b.xml"},
         {"file://server/share/a.xml", "/b.xml", "file://server/b.xml"},
     };

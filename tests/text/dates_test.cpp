@@ -2,6 +2,7 @@
 #include "zkcommon/text/util.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 
 using namespace ZkCommonNS;
@@ -79,4 +80,18 @@ TEST(ZkUtilDates, EveryDayRoundTripsOverSixCenturies) {
         previousMonth = month;
         previousDay = day;
     }
+}
+
+TEST(ZkUtilDates, ExtremesNeitherOverflowNorLoseTheRoundTrip) {
+    const int kMax = std::numeric_limits<int>::max();
+    const int kMin = std::numeric_limits<int>::min();
+    for (int mjd : {kMax, kMax - 1, kMin + 1000000, kMin}) {
+        SCOPED_TRACE(mjd);
+        int year = 0, month = 0, day = 0;
+        ZkUtil::mjd2Date(mjd, year, month, day);
+        EXPECT_EQ(ZkUtil::modifiedJulianDay(year, month, day), mjd);
+        EXPECT_EQ(ZkUtil::mjd2WeekDay(mjd), int(((long long)mjd + 3) % 7 + 7) % 7);
+    }
+    EXPECT_EQ(ZkUtil::modifiedJulianDay(kMax, kMax, kMax), kMax);
+    EXPECT_EQ(ZkUtil::modifiedJulianDay(kMin, kMin, kMin), kMin);
 }

@@ -5,6 +5,7 @@
 #include <clocale>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 
 using namespace ZkCommonNS;
@@ -16,6 +17,7 @@ TEST(ZkUtilNumbers, ParseDigitsOfASpan) {
     EXPECT_EQ(ZkUtil::parseDigits(text, 3, 0), 345);
     EXPECT_EQ(ZkUtil::parseDigits(text, 3, -5), 345);
     EXPECT_EQ(ZkUtil::parseDigits(text, 3, 99), 345);
+    EXPECT_EQ(ZkUtil::parseDigits(text, 3, std::numeric_limits<int>::max()), 345);
     EXPECT_EQ(ZkUtil::parseDigits(text, 6, 0), -1);
     EXPECT_EQ(ZkUtil::parseDigits(text, -1, 0), -1);
     EXPECT_EQ(ZkUtil::parseDigits(UnicodeString(), 0, 0), -1);

@@ -191,7 +191,8 @@ public:
     /// their UTF-8 form, each as `esc` and two upper-case hex digits.
     static UnicodeString escapeNCNameStr(const UnicodeString& s, UChar32 esc);
     /// The reverse; an `esc` not followed by two hex digits stays as it is, and bytes that do
-    /// not form UTF-8 give U+FFFD.
+    /// not form UTF-8 give U+FFFD. A lone surrogate, escaped in its three-byte form, comes back
+    /// as itself, so every string round-trips.
     static UnicodeString unescapeNCNameStr(const UnicodeString& s, UChar32 esc);
     /// A CSS identifier: characters that do not fit become `repl`; empty input stays empty.
     static UnicodeString replaceToCSSIdentTokenStr(const UnicodeString& s, UChar32 repl);

@@ -28,7 +28,7 @@ class ZKCOMMON_API ZkName {
 public:
     ZkName() noexcept : m_name(ZKN_EMPTY) {}
     ZkName(ZkNameEnum name) noexcept : m_name(name) {}
-    /// Interns `text` in the shared table.
+    /// Interns `text` in the shared table; throws ZkError 1 when memory runs out.
     ZkName(const UnicodeString& text);
     ZkName(const char16_t* text) : ZkName(UnicodeString(text)) {}
     /// A value of the name type gives its number directly; any other value is turned to a

@@ -10,21 +10,24 @@
 
 namespace ZkCommonNS {
 
-/// The empty string, for functions that must return a reference to "no text".
+/// The empty string, for functions that must return a reference to "no text". A UnicodeString
+/// cannot be built by the compiler, so EMPTY_VALUE is ready only once the library's own static
+/// initialisers have run; getEmptyString is ready at any time, static initialisers included.
 class ZKCOMMON_API ZkEmptyString : public UnicodeString {
 public:
     static const ZkEmptyString EMPTY_VALUE;
-    static const UnicodeString& getEmptyString() noexcept { return EMPTY_VALUE; }
+    static const UnicodeString& getEmptyString() noexcept;
 
 private:
     ZkEmptyString() = default;
 };
 
-/// The bogus string (isBogus() true): the failure result of text functions.
+/// The bogus string (isBogus() true): the failure result of text functions. As with the empty
+/// string, getBogusString is the form that is ready during static initialisation.
 class ZKCOMMON_API ZkBogusString : public UnicodeString {
 public:
     static const ZkBogusString BOGUS_VALUE;
-    static const UnicodeString& getBogusString() noexcept { return BOGUS_VALUE; }
+    static const UnicodeString& getBogusString() noexcept;
 
 private:
     ZkBogusString() { setToBogus(); }
@@ -48,7 +51,8 @@ public:
     ZkCStr& operator=(const UnicodeString& text);
 
     /// The 8-bit form, zero-terminated; characters the encoding cannot hold become its
-    /// substitution character. Valid until the next change of this string.
+    /// substitution character. Valid until the next change of this string. Threads may call
+    /// it, and length8, on one shared string at the same time.
     const char* c_str() const;
     /// The length of the 8-bit form in bytes.
     int length8() const;

@@ -9,8 +9,9 @@
 
 namespace ZkCommonNS {
 
-/// An attribute. It is not in the tree: parent and siblings read as null. Its raw parent field
-/// holds the owner element and its sibling fields form the attribute ring of the element's map.
+/// An attribute. It is not in the tree: parent and siblings read as null, also through the raw
+/// Fast getters. Its sibling fields form the attribute ring of the element's map; the owner
+/// element has a field of its own.
 class ZKCOMMON_API ZkAttr : public ZkNode {
     ZK_DECLARE_TYPE(ZkAttr, ZkNode, ZkTypeID::kAttr, "ZkAttr")
 
@@ -26,6 +27,9 @@ public:
     void setText(const UnicodeString& text) override;
     /// The owner element's base URI, or the owner document's.
     UnicodeString getBaseUri() const override;
+    /// The owner element's position; -1 without one.
+    int getSourceLineNumber() const override;
+    int getSourceColumnNumber() const override;
 
     virtual ZkValue getValue() const = 0;
     virtual void setValue(const ZkValue& value) = 0;
@@ -33,8 +37,15 @@ public:
     virtual ZkElement* getOwnerElement() const;
 
 protected:
-    explicit ZkAttr(ZkDocument* ownerDocument) : ZkNode(ownerDocument) {}
+    explicit ZkAttr(ZkDocument* ownerDocument) : ZkNode(ownerDocument), m_ownerElement(nullptr) {}
     ~ZkAttr() override;
+
+private:
+    friend class AttrNodeMap;
+
+    // Kept apart from the tree's parent link, which stays null: an attribute is never a child,
+    // and no child operation or raw walk may mistake its element for a parent.
+    ZkElement* m_ownerElement;
 };
 
 /// An attribute without namespace. Name and value are one record: the value's name bits hold

@@ -62,8 +62,9 @@ public:
     // --- loading ------------------------------------------------------------------------------
 
     /// Adds the next node and returns it; null at the end, after abort, or when nothing is being
-    /// loaded. Runs under the document lock. Errors of the source pass through as ZkError; an
-    /// event the loader cannot place raises ZkError 11. Without a source the load simply ends.
+    /// loaded. Runs under the document lock. Errors of the source pass through as ZkError, and
+    /// standard exceptions become ZkError 1 (out of memory) or 2; an event the loader cannot
+    /// place raises ZkError 11. Without a source the load simply ends.
     virtual ZkNode* loadNextNode();
     /// Loads the whole source into the document, replacing its children; in pull mode only
     /// starts the load. Without a source the document is simply emptied.
@@ -102,7 +103,9 @@ protected:
     /// runs to its end. Returns the target.
     ZkNode* beginLoad(ZkNode* target);
     /// Moves the loader's position; a derived loader calls it for each node it opens or adds.
-    void setLastLoadingNode(ZkNode* node) { m_lastLoadingNode = node; }
+    /// The document holds the node while it is the position, so that a caller who cuts it out
+    /// of the tree and drops it does not leave the loader on a freed node.
+    void setLastLoadingNode(ZkNode* node);
     void setDocumentUri(const UnicodeString& uri) { m_documentUri = uri; }
     void setXIncludeSeen(bool seen) { m_xincludeSeen = seen; }
     int getSkipDepth() const { return m_skipDepth; }
@@ -114,6 +117,7 @@ private:
     friend class ZkElement;
 
     ZkNode* openParent() const;
+    ZkNode* loadNextNodeLocked();
     ZkNode* loadStartTag(ZkNode* open);
     void loadXInclude(ZkElement* element);
 
@@ -123,6 +127,7 @@ private:
     UnicodeString m_baseUri;
     UnicodeString m_documentUri;
     ZkNode* m_lastLoadingNode;
+    ZkPtr<ZkNode> m_lastLoadingHold; // m_lastLoadingNode unless it is the document itself
     int m_skipDepth;
     unsigned int m_nextElementId;
     bool m_pullMode;

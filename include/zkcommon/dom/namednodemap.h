@@ -35,9 +35,9 @@ public:
 };
 
 /// The attribute store of an element: a ring in order of addition (the anchor is the last
-/// attribute, or the owner element while the map is empty), a map from (namespace URI, local
-/// name) and a map from qualified name, both ordered by name number so that a look-up never
-/// compares text. The map holds one reference on each attribute.
+/// attribute, null while the map is empty), a map from (namespace URI, local name) and a map
+/// from qualified name, both ordered by name number so that a look-up never compares text. The
+/// map holds one reference on each attribute; each attribute on the ring is in at least one map.
 class ZKCOMMON_API AttrNodeMap : public ZkNamedNodeMap {
     ZK_DECLARE_TYPE(AttrNodeMap, ZkNamedNodeMap, ZkTypeID::kAttrNodeMap, "AttrNodeMap")
 
@@ -61,16 +61,17 @@ public:
     ZkPtr<ZkAttr> removeNamedItemNS(ZkName uri, ZkName local) override;
 
     /// Links `attr` at the end of the ring and offers it to both maps, where an existing key
-    /// stays as it was. The caller checked that no attribute of that identity exists. A null
-    /// `attr`, one that already has an owner element, or a map without owner ignores the call.
-    void addNode(ZkAttr* attr);
+    /// stays as it was. False, and nothing changes, for a null `attr`, one that already has an
+    /// owner element or sits in a tree, a map without owner, or an attribute whose qualified
+    /// name and (namespace URI, local name) are both taken: it could never be found again.
+    bool addNode(ZkAttr* attr);
     /// Re-enters `attr` under its qualified name after `prefix` replaced its prefix; its place
     /// on the ring stays. Ignored for null or an attribute of another map.
     void changePrefix(ZkAttr* attr, ZkName prefix);
     /// Removes the attribute whose qualified name `attr` has; the map's reference goes to the
     /// result. Null when there is no such name. `attr` itself must not be null.
     ZkPtr<ZkAttr> removeNode(ZkAttr* attr);
-    bool isEmpty() const { return m_byName.empty() && m_byNamespace.empty(); }
+    bool isEmpty() const { return m_anchor == nullptr; }
     /// Detaches and releases every attribute; the map is empty and keeps its owner.
     void clear();
     /// Empties the map and forgets its owner, which is going away while someone else still
@@ -82,10 +83,10 @@ private:
     using NamespaceMap = std::map<NamespaceKey, ZkAttr*>;
     using NameMap = std::map<ZkNameEnum, ZkAttr*>;
 
-    bool ringEmpty() const;
     ZkPtr<ZkAttr> unlink(ZkAttr* attr, NameMap::iterator byName, NamespaceMap::iterator byNs);
 
     ZkNode* m_anchor;
+    ZkElement* m_owner;
     NamespaceMap m_byNamespace;
     NameMap m_byName;
 };

@@ -13,6 +13,9 @@
 namespace ZkCommonNS {
 
 class ZkValue;
+namespace detail {
+struct DocumentLink;
+}
 
 /// A node of the tree. Children sit on a ring reached from the last child: the last child's next
 /// link is the first child, the first child's previous link is null. The tree holds one reference
@@ -82,14 +85,17 @@ public:
 
     // --- child changes ------------------------------------------------------------------------
 
-    /// Throws ZkError 3 ("newChild is null.") or 6 (owner document) and changes nothing then.
-    /// A node that already has a parent is removed there first. Returns `newChild`.
+    /// Throws ZkError 3 ("newChild is null."), 9 (refChild not a child), 6 (owner document) or
+    /// 18 (an attribute, which is never a child) and changes nothing then. A node that already
+    /// has a parent is removed there first. Returns `newChild`.
     virtual ZkNode* insertBefore(ZkNode* newChild, ZkNode* refChild);
-    /// Throws ZkError 3 (newChild, then oldChild), 9 (oldChild not a child) or 6, in that order.
+    /// Throws ZkError 3 (newChild, then oldChild), 9 (oldChild not a child), 6 or 18, in that
+    /// order. An attribute is never a child: as `oldChild` it gives 9.
     virtual ZkPtr<ZkNode> replaceChild(ZkNode* newChild, ZkNode* oldChild);
     /// Throws ZkError 3 ("oldChild is null.") or 9 ("oldChild is not a child of this node.").
     virtual ZkPtr<ZkNode> removeChild(ZkNode* oldChild);
-    /// Throws ZkError 3 or 6 with "newChild"; moves a child of this node to the end.
+    /// Throws ZkError 3 or 6 with "newChild", or 18 for an attribute; moves a child of this node
+    /// to the end.
     virtual ZkNode* appendChild(ZkNode* newChild);
 
     /// Null by default.
@@ -183,11 +189,13 @@ public:
     ZkNode* getNextSiblingFast() const {
         return (m_parent && m_parent->m_lastChild != this) ? m_next : nullptr;
     }
-    ZkNode* getPreviousSiblingFast() const { return m_previous; }
+    /// Null on the first child and on a node without parent (an attribute among them).
+    ZkNode* getPreviousSiblingFast() const { return m_parent ? m_previous : nullptr; }
     ZkNode* getParentNodeFast() const { return m_parent; }
     bool hasChildNodesFast() const { return m_lastChild != nullptr; }
     /// The raw next link: the last child's points to the first child, so it is never null inside
-    /// a parent and must not be followed without comparing with the parent's last child.
+    /// a parent and must not be followed without comparing with the parent's last child. On an
+    /// attribute it is the attribute ring of its element.
     ZkNode* getNextLink() const { return m_next; }
 
     // --- flags --------------------------------------------------------------------------------
@@ -265,16 +273,18 @@ protected:
     /// Takes the subtree down without recursion; a held descendant survives with its subtree.
     ~ZkNode() override;
 
-    /// The owner document field, which for a document is the document itself.
-    ZkDocument* getOwnerDocumentField() const { return m_ownerDocument; }
+    /// The owner document field, which for a document is the document itself; null once the
+    /// document is gone, so that a node that outlives it never reaches its loader.
+    ZkDocument* getOwnerDocumentField() const;
 
 private:
     friend class AttrNodeMap;
     friend class ZkAttr;
+    friend class ZkDocument;
 
     void checkOwner(const ZkNode* newChild) const;
+    void tearDownChildren();
     void detachFromParent(ZkNode* child);
-    ZkName lookupNamespaceUriOnParent(ZkName prefix) const;
     ZkName lookupPrefixFrom(ZkName uri, const ZkNode* start) const;
 
     int m_flags;
@@ -282,7 +292,8 @@ private:
     ZkNode* m_next;
     ZkNode* m_previous;
     ZkNode* m_lastChild;
-    ZkDocument* m_ownerDocument;
+    // Shared by the document and every node it made; the document clears it when it goes.
+    detail::DocumentLink* m_document;
 };
 
 } // namespace ZkCommonNS

@@ -62,8 +62,11 @@ public:
     static bool detectEncoding(std::istream* source, UnicodeString& encoding, bool& bom);
     /// The same over a null-terminated block; a null `data` gives false.
     static bool detectEncoding(const char* data, UnicodeString& encoding, bool& bom);
-    /// The directory of the platform's conversion tables (GCONV_PATH for iconv). It is handed
-    /// on when the first converter of the process opens; later calls are stored and ignored.
+    /// The directory of the platform's conversion tables (GCONV_PATH for iconv, whose built-in
+    /// converters need none). Call it at start-up, before any thread starts and before the
+    /// first conversion: only then is the variable set, here and never later by the library,
+    /// since a change of the environment races with getenv in other threads. Otherwise the
+    /// path is stored and changes nothing.
     static void setRQCTablePath(const UnicodeString& path);
 
 private:

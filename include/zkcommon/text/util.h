@@ -245,7 +245,13 @@ public:
     /// Compresses into the zlib format at level 9; false when `out` fails. A null `data` is
     /// taken as empty when `size` is 0, and fails otherwise.
     static bool deflate(std::ostream& out, const unsigned char* data, unsigned int size);
+
     // ---------------------------------------------------------------------------------------
+    // URI unquoting: src/io/uriparse.cpp
+    /// The content of a CSS `url(...)` text: `url("a b.png")` gives "a b.png", with the quotes
+    /// and the white space inside the parentheses gone and nothing escaped or decoded. Any
+    /// other text comes back trimmed.
+    static UnicodeString unquoteUri(const UnicodeString& text);
 };
 
 } // namespace ZkCommonNS

@@ -48,7 +48,8 @@ public:
                (static_cast<uint64_t>(static_cast<uint32_t>(name)) << 9);
     }
 
-    ZkValue() noexcept : m_tag(0) { m_payload.bits = 0; }
+    /// Constant: the shared NULL_VALUE is ready before any static initialiser runs.
+    constexpr ZkValue() noexcept : m_payload{0}, m_tag(0) {}
     ZkValue(int value, ZkUnitType unit = UnitNumber) noexcept;
     /// Reinterpreted as a signed 32-bit integer.
     ZkValue(unsigned int value) noexcept;
