@@ -202,6 +202,14 @@ public:
     static bool isSystemLongPathEnabled() noexcept;
 
     // ---------------------------------------------------------------------------------------
+    // URI unquoting for the value tokenizer: src/text/unquoteuri.cpp
+
+    /// The URI of `url(...)` text: the function name (any case) and parentheses removed,
+    /// trimmed, and a quoted string read with CSS escapes. Text that is not `url(...)` is
+    /// trimmed and unquoted alike; an unterminated quote leaves the text as it stands.
+    static UnicodeString unquoteUri(const UnicodeString& text);
+
+    // ---------------------------------------------------------------------------------------
 };
 
 } // namespace ZkCommonNS
