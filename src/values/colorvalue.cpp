@@ -20,6 +20,14 @@ float realItem(const ZkValue& parts, ZkNameEnum name, float dflt) {
     return x == x ? x : dflt;
 }
 
+// A separation keeps which of its parts the author gave in three flags beside its parts; a flag
+// that is missing counts as given.
+const char16_t* const kTintFlag = u"tint";
+
+bool isFalseItem(const ZkValue& parts, ZkName name) {
+    return parts.getNamedItem(name).isFalse();
+}
+
 bool hasItem(const ZkValue& parts, ZkNameEnum name) {
     const ZkNamedValueMap* map = parts.getNamedValueMap();
     return map && map->hasNamedItem(ZkName(name));
@@ -49,6 +57,9 @@ bool colorOfCompound(const ZkValue& value, ZkColor& out, int depth) {
                       realItem(parts, ZKN_value, 1.0f), realItem(parts, ZKN_cyan, 0.0f),
                       realItem(parts, ZKN_magenta, 0.0f), realItem(parts, ZKN_yellow, 0.0f),
                       realItem(parts, ZKN_black, 0.0f));
+        out.adjustSeparationFlags(!isFalseItem(parts, ZkName(ZKN_rgb)),
+                                  !isFalseItem(parts, ZkName(kTintFlag)),
+                                  !isFalseItem(parts, ZkName(ZKN_cmyk)), /*recompute=*/false);
         break;
     case ZKN_H_CMYK: {
         float c = realItem(parts, ZKN_cyan, 0.0f), m = realItem(parts, ZKN_magenta, 0.0f),
@@ -145,6 +156,12 @@ ZkValue::ZkValue(const ZkColor& color) : ZkValue(static_cast<int>(static_cast<un
         setReal(parts, ZKN_magenta, color.getSeparationM());
         setReal(parts, ZKN_yellow, color.getSeparationY());
         setReal(parts, ZKN_black, color.getSeparationK());
+        if (!color.hasSeparationRGB())
+            parts.setNamedItem(ZkName(ZKN_rgb), ZkValue(false));
+        if (!color.hasSeparationTint())
+            parts.setNamedItem(ZkName(kTintFlag), ZkValue(false));
+        if (!color.hasSeparationCMYK())
+            parts.setNamedItem(ZkName(ZKN_cmyk), ZkValue(false));
     } else if (color.isICCColorProfile()) {
         key = ZKN_icc_color;
         parts.setNamedItem(ZkName(ZKN_name), ZkValue(color.getICCColorProfileName()));

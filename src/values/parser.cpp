@@ -114,6 +114,8 @@ ZkValue Reader::compound(int flags) {
         ZkValue key = t.nextTokenValue(false);
         if (key.isNull())
             break;
+        if (isChar(key, u'}'))
+            break; // "{}" and "{a: 1;}" close here
         ZkName name;
         if (key.isName()) {
             name = key.getNameValue();
@@ -128,8 +130,11 @@ ZkValue Reader::compound(int flags) {
         const char16_t* itemStart = t.getPtr();
         ZkValue item = value(flags | ZkParser::InCompound);
         if (item.isNull()) {
-            // The fallback of an item is its own text.
-            UnicodeString text(itemStart, static_cast<int32_t>(t.getPtr() - itemStart));
+            // The fallback of an item is its own text, without the ";" or "}" pushed back.
+            const char16_t* itemEnd = t.getPtr();
+            if (t.isPushedBack() && t.isTokenTypeCharacter() && itemEnd > itemStart)
+                --itemEnd;
+            UnicodeString text(itemStart, static_cast<int32_t>(itemEnd - itemStart));
             item = ZkValue(text.trim(), UnitNone);
         }
         int next = t.nextToken();
@@ -354,6 +359,8 @@ detail::ColorParse parseIccArguments(ZkTokenizer& t, const ZkColor& rgb, bool ha
     } else {
         return failed;
     }
+    if (color.isInvalid())
+        return failed;
     if (clamped)
         result.status |= kColorClamped;
     result.value = ZkValue(color);
@@ -411,6 +418,13 @@ detail::ColorParse parseFunction(ZkTokenizer& t, ZkNameEnum function, bool allow
     ZkValue args[5];
     int count = 0;
     if (!readArguments(t, args, 5, count))
+        return failed;
+    // An alpha is a number or a percentage, never a name or a colour.
+    bool hasAlpha = count == 5 ||
+                    (count == 4 && function != ZKN_cmyk && function != ZKN_cmyka &&
+                     function != ZKN_device_cmyk) ||
+                    (count == 2 && function == ZKN_rgba);
+    if (hasAlpha && !args[count - 1].isNumberOrPercentage())
         return failed;
     ZkColor color;
     bool ok;

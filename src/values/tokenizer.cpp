@@ -414,8 +414,9 @@ ZkValue ZkTokenizer::nextTokenValue(bool negate) {
             m_ptr -= m_tokenText.length();
             m_tokenText.remove();
         }
-        bool integral =
-            !m_decimalPoint && n == std::floor(n) && n >= -2147483648.0 && n <= 2147483647.0;
+        // "-0" stays a Real: an Integer has no negative zero to print back.
+        bool integral = !m_decimalPoint && n == std::floor(n) && n >= -2147483648.0 &&
+                        n <= 2147483647.0 && !(n == 0.0 && std::signbit(n));
         if (integral)
             return ZkValue(static_cast<int>(n));
         return ZkValue(n, UnitNumber);
