@@ -255,8 +255,8 @@ namespace {
 constexpr int kColorOk = 1;
 constexpr int kColorClamped = 2;
 
-// The arguments up to ")" (consumed), commas between them optional; false at the end of the
-// text or past `capacity` arguments.
+// The arguments up to ")" (consumed), commas or a slash between them optional; false at the end
+// of the text or past `capacity` arguments.
 bool readArguments(ZkTokenizer& t, ZkValue* args, int capacity, int& count) {
     count = 0;
     for (;;) {
@@ -268,7 +268,9 @@ bool readArguments(ZkTokenizer& t, ZkValue* args, int capacity, int& count) {
         if (count == capacity)
             return false;
         args[count++] = v;
-        t.skipSeparator(u',');
+        // Commas are optional; a slash sets off the alpha of the blank-separated form.
+        if (!t.skipSeparator(u','))
+            t.skipSeparator(u'/');
     }
 }
 

@@ -22,8 +22,8 @@ namespace {
                        actual.getD(), actual.getE(), actual.getF()};
     for (int i = 0; i < 6; ++i)
         if (!(std::fabs(e[i] - a[i]) <= tol))
-            return ::testing::AssertionFailure() << "element " << i << ": " << e[i] << " vs "
-                                                 << a[i];
+            return ::testing::AssertionFailure()
+                   << "element " << i << ": " << e[i] << " vs " << a[i];
     return ::testing::AssertionSuccess();
 }
 
@@ -71,8 +71,8 @@ TEST(ZkTransMatrix, InverseOfRotationAndRandomMatrices) {
     std::uniform_real_distribution<float> value(-10.0f, 10.0f);
     int inverted = 0;
     for (int i = 0; i < 2000; ++i) {
-        ZkTransMatrix m(value(random), value(random), value(random), value(random),
-                        value(random), value(random));
+        ZkTransMatrix m(value(random), value(random), value(random), value(random), value(random),
+                        value(random));
         if (i % 10 == 0) // exercise the swapped pivot
             m = ZkTransMatrix(0.0f, m.getB(), m.getC(), m.getD(), m.getE(), m.getF());
         double det = double(m.getA()) * double(m.getD()) - double(m.getB()) * double(m.getC());
@@ -119,8 +119,8 @@ TEST(ZkPageRange, ParsesItemsInOrder) {
         EXPECT_EQ(c.ok, ZkPageRange::checkPageRange(c.text));
         std::string out;
         for (const auto& r : range.getRange())
-            out += (out.empty() ? "" : " ") + std::to_string(r.first) + "-" +
-                   std::to_string(r.second);
+            out +=
+                (out.empty() ? "" : " ") + std::to_string(r.first) + "-" + std::to_string(r.second);
         EXPECT_EQ(c.ranges, out);
     }
     ZkPageRange range;

@@ -4,6 +4,7 @@
 #include "zkcommon/values/parser.h"
 
 #include <algorithm>
+#include <fstream>
 #include <gtest/gtest.h>
 
 using namespace ZkCommonNS;
@@ -190,4 +191,30 @@ TEST(ZkParser, LinkTargets) {
         SCOPED_TRACE(c.what);
         EXPECT_EQ(c.expected, c.value.isNull() ? std::string("null") : items(c.value));
     }
+}
+
+// Every value of real stylesheets reads to the end, and every colour function in them gives a
+// colour.
+TEST(ZkParser, RealStylesheetValues) {
+    std::ifstream in(ZK_TEST_DATA_DIR "/values/propertyvalues.txt");
+    int lines = 0, colors = 0;
+    for (std::string line; std::getline(in, line); ++lines) {
+        SCOPED_TRACE(line);
+        ZkTokenizer t(UnicodeString::fromUTF8(line), ZkTokenizer::TokenizerCSSComment);
+        for (int n = 0; n < 200; ++n) {
+            ZkName function;
+            ZkValue v = t.nextTokenValueFunc(false, &function);
+            if (v.isNull())
+                break;
+            std::string name = utf8(function.toString());
+            if (name == "rgb" || name == "rgba" || name == "hsl" || name == "hsla" ||
+                name == "cmyk" || name == "device-cmyk" || name == "rgb-icc") {
+                EXPECT_TRUE(v.isColor()) << name;
+                ++colors;
+            }
+        }
+        EXPECT_EQ(ZkTokenizer::TokenEnd, t.nextToken());
+    }
+    EXPECT_GT(lines, 400);
+    EXPECT_GT(colors, 20);
 }
