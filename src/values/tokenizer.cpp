@@ -61,16 +61,22 @@ bool isNameChar(UChar32 c) noexcept {
 
 // Life cycle --------------------------------------------------------------------------------
 
-ZkTokenizer::ZkTokenizer(const UnicodeString& text, TokenizerType type)
-    : m_text(std::make_shared<UnicodeString>(text.isBogus() ? UnicodeString() : text)),
-      m_tokenizerType(type) {
-    UnicodeString& own = const_cast<UnicodeString&>(*m_text);
-    m_start = own.getTerminatedBuffer();
+ZkTokenizer::ZkTokenizer(const UnicodeString& text, TokenizerType type) : m_tokenizerType(type) {
+    // One deep copy with room for the terminating zero, so that the buffer is ours alone and
+    // terminating it moves nothing.
+    auto own = std::make_shared<UnicodeString>();
+    int32_t length = text.isBogus() ? 0 : text.length();
+    if (char16_t* buffer = own->getBuffer(length + 1)) {
+        text.extract(0, length, buffer);
+        own->releaseBuffer(length);
+    }
+    m_start = own->getTerminatedBuffer();
+    m_text = std::move(own);
     if (!m_start) { // out of memory: read nothing
         m_start = kEmptyBuffer;
         m_limit = m_start;
     } else {
-        m_limit = m_start + own.length();
+        m_limit = m_start + m_text->length();
     }
     m_ptr = m_start;
 }
@@ -267,6 +273,34 @@ int ZkTokenizer::scanNumber() {
         while (m_ptr < m_limit && isDigit(*m_ptr))
             ++m_ptr;
     }
+    // Up to 15 significant digits and 22 decimals the value is exact by one division, as
+    // strtod's own fast path has it; longer numbers go through strtod.
+    constexpr int kExactDigits = 15;
+    static const double kPowersOf10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                         1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                         1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    uint64_t mantissa = 0;
+    int digits = 0, decimals = 0;
+    bool fraction = false;
+    for (const char16_t* p = from; p < m_ptr; ++p) {
+        if (*p == u'.') {
+            fraction = true;
+            continue;
+        }
+        if (mantissa == 0 && *p == u'0') { // leading zeros count for nothing
+            decimals += fraction;
+            continue;
+        }
+        mantissa = mantissa * 10 + static_cast<uint64_t>(*p - u'0');
+        ++digits;
+        decimals += fraction;
+        if (digits > kExactDigits)
+            break;
+    }
+    if (digits <= kExactDigits && decimals <= 22) {
+        m_number = static_cast<double>(mantissa) / kPowersOf10[decimals];
+        return scanUnit();
+    }
     char small[64];
     std::string large;
     char* text = small;
@@ -279,8 +313,11 @@ int ZkTokenizer::scanNumber() {
         text[i] = static_cast<char>(from[i]);
     text[length] = 0;
     m_number = detail::parseDoubleC(text, nullptr);
+    return scanUnit();
+}
 
-    // The unit: a percent sign, or a name; in the unit type a hyphen ends it.
+// The unit behind a number: a percent sign, or a name; in the unit type a hyphen ends it.
+int ZkTokenizer::scanUnit() {
     const char16_t* unitStart = m_ptr;
     if (m_ptr < m_limit && *m_ptr == u'%') {
         ++m_ptr;

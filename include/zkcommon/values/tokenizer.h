@@ -111,6 +111,7 @@ private:
     void scanCSSName();
     void scanNameRun();
     int scanNumber();
+    int scanUnit();
     ZkValue nextTokenValueFuncDepth(bool asText, ZkName* funcName, int depth);
     int quoteMode() const noexcept;
     void becomeEmpty() noexcept;
