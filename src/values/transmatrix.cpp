@@ -56,7 +56,7 @@ bool ZkTransMatrix::inverse() noexcept {
     // The linear part [[p, q], [r, s]] by elimination with a checked pivot; when a is too small
     // the two rows are swapped first (a multiplication from the left), and the inverse then has
     // its two columns swapped back.
-    double p = m_a, q = m_b, r = m_c, s = m_d;
+    double p = double(m_a), q = double(m_b), r = double(m_c), s = double(m_d);
     bool swapped = std::fabs(p) <= kPivotEpsilon;
     if (swapped) {
         std::swap(p, r);
@@ -81,7 +81,7 @@ bool ZkTransMatrix::inverse() noexcept {
         std::swap(i11, i12);
         std::swap(i21, i22);
     }
-    double e = m_e, f = m_f;
+    double e = double(m_e), f = double(m_f);
     m_a = static_cast<float>(i11);
     m_b = static_cast<float>(i12);
     m_c = static_cast<float>(i21);
