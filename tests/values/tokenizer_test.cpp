@@ -268,3 +268,22 @@ TEST(ZkTokenizer, SeparatorsAndPushBack) {
     bogus.setToBogus();
     EXPECT_EQ(T::TokenEnd, T(bogus).nextToken());
 }
+
+TEST(ZkTokenizer, UnquoteUri) {
+    // clang-format off
+    const std::pair<const char16_t*, const char*> cases[] = {
+        {u"url(x.png)", "x.png"},
+        {u"URL( z )", "z"},
+        {u"url(\"a\\\"b\")", "a\"b"},
+        {u"url('a b')", "a b"},
+        {u"  'y' ", "y"},
+        {u"url('open)", "'open"},
+        {u"url(", ""},
+        {u"plain", "plain"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SCOPED_TRACE(utf8(c.first));
+        EXPECT_EQ(c.second, utf8(ZkUtil::unquoteUri(c.first)));
+    }
+}
