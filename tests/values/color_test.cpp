@@ -307,3 +307,19 @@ TEST(ZkColor, ValueBridgeKeepsEveryModel) {
     EXPECT_TRUE(ZkValue(ZkName(u"nosuch")).getColorValue(true).isInvalid());
     EXPECT_EQ(0x0000FFu, static_cast<unsigned>(ZkValue(u"rgb(0,0,255)").getColorValue(true)));
 }
+
+TEST(ZkColor, NestedColourValuesStopAtAFixedDepth) {
+    // A compound whose base is a compound whose base is ... reads a few levels, then fails.
+    ZkValue v(ZkColor(0x102030u));
+    for (int i = 0; i < 50; ++i) {
+        ZkValue outer;
+        outer.setNamedItem(ZkName(), v);
+        outer.setNamedItem(ZkName(ZKN_H_H_RGBA), ZkValue(ZkName(u"x")));
+        outer.setUnitType(UnitColor);
+        v = outer;
+        if (i == 2) {
+            EXPECT_EQ(0x102030u, static_cast<unsigned>(v.getColorValue(true)));
+        }
+    }
+    EXPECT_TRUE(v.getColorValue(true).isInvalid());
+}
