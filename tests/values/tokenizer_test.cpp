@@ -117,7 +117,7 @@ TEST(ZkTokenizer, TokensAsValues) {
         {u"10.0", T::TokenizerDefault, "2:1:10"},
         {u"10foo", T::TokenizerDefault, "1:1:10 3:23:foo"},
         {u"3000000000", T::TokenizerDefault, "2:1:3e+09"},
-        {u"12PX 5HZ 5khz 2Hz 50%", T::TokenizerDefault, "2:5:12px 2:18:5Hz 2:19:5kHz 2:18:2Hz 2:2:50%"},
+        {u"12PX 5HZ 5khz 2Hz 50% 3VM", T::TokenizerDefault, "2:5:12px 2:18:5Hz 2:19:5kHz 2:18:2Hz 2:2:50% 2:35:3vmin"},
         {u"-5 +5 - 5 -.5 -x", T::TokenizerDefault, "1:1:-5 1:1:5 1:20:- 1:1:5 2:1:-0.5 1:20:- 3:23:x"},
         {u"-", T::TokenizerDefault, "1:20:-"},
         {u"'lit' name", T::TokenizerDefault, "4:21:lit 3:23:name"},
