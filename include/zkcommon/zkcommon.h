@@ -17,7 +17,12 @@
 #include "zkcommon/core/unicode.h"
 
 // values
+#include "zkcommon/values/color.h"
 #include "zkcommon/values/length.h"
+#include "zkcommon/values/parser.h"
+#include "zkcommon/values/ranges.h"
+#include "zkcommon/values/tokenizer.h"
+#include "zkcommon/values/transmatrix.h"
 #include "zkcommon/values/value.h"
 
 // text
