@@ -4,6 +4,7 @@
 #include "zkcommon/core/char.h"
 
 #include <cstdio>
+#include <unicode/ustring.h>
 
 namespace ZkCommonNS {
 namespace detail {
@@ -37,6 +38,7 @@ constexpr unsigned short kErrorXmlCase = 171;
 constexpr unsigned short kErrorPITarget = 172;
 constexpr unsigned short kErrorPIUnterminated = 173;
 constexpr unsigned short kErrorConflictEncoding = 185;
+constexpr unsigned short kErrorUnknownEncoding = 181;
 constexpr unsigned short kErrorDashesInComment = 771;
 constexpr unsigned short kErrorDashesInCommentHtml = 899;
 constexpr unsigned short kErrorCommentOpen = 897;
@@ -59,6 +61,20 @@ bool isUtf16Family(ZkNameEnum id) {
 
 bool isUtf32Family(ZkNameEnum id) {
     return id == ZKN_UTF_32 || id == ZKN_UTF_32BE || id == ZKN_UTF_32LE;
+}
+
+/// XML's EncName: a letter, then letters, digits, ".", "_" and "-". A declaration that names
+/// anything else is refused before it is looked up, even where trimming would repair it.
+bool isEncodingName(const UnicodeString& name) {
+    if (name.isEmpty())
+        return false;
+    for (int32_t i = 0; i < name.length(); ++i) {
+        char16_t c = name[i];
+        bool letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+        if (!letter && (i == 0 || !((c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-')))
+            return false;
+    }
+    return true;
 }
 
 UnicodeString trimmed(const UnicodeString& text, int32_t start) {
@@ -250,6 +266,8 @@ void XmlScanner::scanXmlDeclaration() {
         if (!spaced)
             report(kErrorDeclarationSpaceBefore, UnicodeString(u"encoding="), UnicodeString());
         readDeclarationValue(u"encoding", value);
+        if (!isEncodingName(value))
+            report(kErrorUnknownEncoding, value, UnicodeString());
         applyDeclaredEncoding(value);
         spaced = skipWhitespace();
         name = peekChar() == '?' ? ZkName() : readName();
@@ -344,6 +362,8 @@ void XmlScanner::scanBang() {
     if (c == '[') {
         ZkName name = readName();
         if (name == ZKN_CDATA) {
+            if (int(m_open.size()) == m_in.baseDepth && !isHtml())
+                report(kErrorUnexpectedMarkedSection, name.toString(), UnicodeString());
             if (readChar() != '[')
                 report(kErrorCDataSyntax, UnicodeString(), UnicodeString());
             scanCData();
@@ -400,6 +420,15 @@ void XmlScanner::readExternalId() {
         if (quote != '"' && quote != '\'')
             report(kErrorPubidLiteral, word, UnicodeString());
         readLiteral(LITERAL_PLAIN, m_pubid);
+        for (int32_t i = 0; i < m_pubid.length(); ++i) {
+            char16_t c = m_pubid[i];
+            bool pubidChar = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                             (c >= '0' && c <= '9') || u_strchr(u" \r\n-'()+,./:=?;!*#@$_%", c);
+            if (!pubidChar) {
+                report(kErrorPubidLiteral, word, UnicodeString());
+                break;
+            }
+        }
     }
     bool spaced = skipWhitespace();
     UChar32 quote = peekChar();

@@ -23,6 +23,7 @@ constexpr unsigned short kErrorMissingEquals = 138;
 constexpr unsigned short kErrorMissingWhitespace = 139;
 constexpr unsigned short kErrorUnexpectedCharacter = 140;
 constexpr unsigned short kErrorUnexpectedWhitespace = 141;
+constexpr unsigned short kErrorTopLevelText = 142;
 constexpr unsigned short kErrorEmptyEntityName = 155;
 constexpr unsigned short kErrorEntityReference = 156;
 constexpr unsigned short kErrorMissingQuote = 174;
@@ -484,7 +485,11 @@ void XmlScanner::scanEndTag() {
     }
     skipWhitespace();
     UChar32 c = readChar();
-    if (c != '>') {
+    if (c == kEof && !isHtml()) {
+        // The input ends inside the tag: that is no stray character but an unclosed tag.
+        report(kErrorUnclosedTag, UnicodeString(u"</") + qualifiedName(prefix, local),
+               UnicodeString());
+    } else if (c != '>') {
         report(kErrorHtmlCharacter, charText(c), UnicodeString());
         while (c != '>' && c != kEof)
             c = readChar();
@@ -638,6 +643,10 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
 }
 
 void XmlScanner::readReference(UnicodeString* out) {
+    if (!out && int(m_open.size()) == m_in.baseDepth && !isHtml()) {
+        // A reference is content: outside the root element it is text at the top level.
+        report(kErrorTopLevelText, UnicodeString(u"&"), UnicodeString());
+    }
     UChar32 c = readChar();
     if (c == '#') {
         UnicodeString digits;
