@@ -1,16 +1,14 @@
 #!/usr/bin/env python3
 """Writes the ISO 8859 decoding tables of the XML reader: for each part, the code points of the
-bytes from 0xA0 on. A part whose upper half ends in unassigned bytes has a shorter table; a byte
-past the end of a table, or an unassigned byte inside one, decodes to itself."""
+96 bytes from 0xA0 on. An unassigned byte decodes to itself. Every table runs to 0xFF: the parts
+with unassigned bytes (3, 6, 7, 8 and 11) have assigned ones after them too."""
 import sys
 
-# Table lengths of the parts whose last bytes are unassigned.
-LENGTHS = {3: 89, 6: 51, 7: 93, 8: 60, 11: 88}
 PARTS = [2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13, 14, 15, 16]
 
 
 def table(part):
-    length = LENGTHS.get(part, 96)
+    length = 96
     out = []
     for byte in range(0xA0, 0xA0 + length):
         try:

@@ -68,7 +68,9 @@ int32_t decodeUtf8(const uint8_t* source, int32_t length, bool atEnd, char16_t* 
         for (; read < trail && next < length; ++read) {
             uint8_t byte = source[next++];
             if ((byte & 0xC0) != 0x80) {
-                // A byte that does not continue the sequence ends it, and is used up with it.
+                // A byte that does not continue the sequence ends it and is read again on its
+                // own, so a broken sequence never swallows the markup after it.
+                --next;
                 valid = false;
                 read = trail;
                 break;
