@@ -2,7 +2,11 @@
 // ISO 8859 parts and the byte decoder.
 #include "xml/xmlscanner.h"
 
+#include <cstring>
 #include <unicode/utf16.h>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace ZkCommonNS {
 namespace detail {
@@ -54,9 +58,50 @@ int32_t decodeUtf8(const uint8_t* source, int32_t length, bool atEnd, char16_t* 
             if (limit - in > maxChars - chars)
                 limit = in + (maxChars - chars);
             int32_t start = in;
+#if defined(__SSE2__)
+            // Sixteen bytes at a time while they are all ASCII, widened with zeros.
+            const __m128i zero = _mm_setzero_si128();
+            while (limit - in >= 16) {
+                __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + in));
+                if (_mm_movemask_epi8(v))
+                    break;
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(target + out),
+                                 _mm_unpacklo_epi8(v, zero));
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(target + out + 8),
+                                 _mm_unpackhi_epi8(v, zero));
+                in += 16;
+                out += 16;
+            }
+#endif
+            // Eight bytes at a time while they are all ASCII.
+            while (limit - in >= 8) {
+                uint64_t word;
+                memcpy(&word, source + in, 8);
+                if (word & 0x8080808080808080ull)
+                    break;
+                for (int k = 0; k < 8; ++k)
+                    target[out + k] = source[in + k];
+                in += 8;
+                out += 8;
+            }
             while (in < limit && source[in] < 0x80)
                 target[out++] = source[in++];
             chars += in - start;
+            continue;
+        }
+        // The complete two- and three-byte forms, the common ones after ASCII, in one step.
+        if (lead >= 0xC0 && lead < 0xE0 && in + 1 < length && (source[in + 1] & 0xC0) == 0x80) {
+            target[out++] = char16_t(((lead & 0x1F) << 6) | (source[in + 1] & 0x3F));
+            in += 2;
+            ++chars;
+            continue;
+        }
+        if (lead >= 0xE0 && lead < 0xF0 && in + 2 < length && (source[in + 1] & 0xC0) == 0x80 &&
+            (source[in + 2] & 0xC0) == 0x80) {
+            target[out++] = char16_t(((lead & 0x0F) << 12) | ((source[in + 1] & 0x3F) << 6) |
+                                     (source[in + 2] & 0x3F));
+            in += 3;
+            ++chars;
             continue;
         }
         // A lead byte that fits no form is read as the lead of four bytes, and gives U+FFFD.

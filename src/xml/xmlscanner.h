@@ -27,16 +27,25 @@ constexpr UChar32 kEof = 0xFFFF;
 constexpr char16_t kExpansionEnd = 0xFFFE;
 
 /// Classes of the ASCII units for the scanner's loops.
-enum AsciiClass : uint8_t {
+enum AsciiClass : uint16_t {
     kNameStart = 1,
     kNameChar = 2,
-    kStopText = 4,     ///< "<", "&", "]"
-    kStopCData = 8,    ///< "]"
-    kStopComment = 16, ///< "-"
-    kStopPI = 32,      ///< "?"
-    kStopValue = 64,   ///< "<", "&"
+    kStopText = 4,      ///< "<", "&", "]"
+    kStopCData = 8,     ///< "]"
+    kStopComment = 16,  ///< "-"
+    kStopPI = 32,       ///< "?"
+    kStopValue = 64,    ///< "<", "&"
+    kControl = 128,     ///< below U+0020
+    kQuoteDouble = 256, ///< U+0022
+    kQuoteSingle = 512, ///< U+0027
 };
-extern const uint8_t kAsciiClass[128];
+extern const uint16_t kAsciiClass[128];
+
+/// The FNV-1a step used for the hashes of names.
+inline uint32_t hashStep(uint32_t hash, char16_t unit) {
+    return (hash ^ unit) * 16777619u;
+}
+constexpr uint32_t kHashSeed = 2166136261u;
 
 /// The qualified name as text.
 UnicodeString qualifiedName(ZkName prefix, ZkName local);
@@ -132,10 +141,12 @@ struct NsBinding {
 class NameCache {
 public:
     ZkName intern(const char16_t* text, int32_t length);
+    /// `hash` is the FNV-1a hash of the text by hashStep.
+    ZkName intern(const char16_t* text, int32_t length, uint32_t hash);
 
 private:
-    static constexpr int kSlots = 4096;
-    static constexpr int kMaxLength = 48;
+    static constexpr int kSlots = 1024;
+    static constexpr int kMaxLength = 32;
     struct Slot {
         uint32_t hash = 0;
         int32_t length = -1;
@@ -229,7 +240,7 @@ public:
     /// Appends the run of plain characters at the read position to `target`, stopping before
     /// a character of class `stops`, before `quote`, and before anything that needs the slow
     /// reader; with `value`, tabs and line feeds become spaces.
-    void scanRun(UnicodeString& target, uint8_t stops, char16_t quote, bool value);
+    void scanRun(UnicodeString& target, uint16_t stops, char16_t quote, bool value);
     void readLiteral(LiteralMode mode, UnicodeString& out);
     void readAttributeValue(char16_t quote, UnicodeString& out);
     /// After "&#": the code point, or with `ok` false after a report.
@@ -291,7 +302,7 @@ public:
     int m_eventColumn = -1;
     std::vector<Attribute> m_attributes;
     int m_attributeCount = 0;
-    std::unordered_set<uint64_t> m_attributeKeys;
+    std::vector<uint64_t> m_attributeKeys; ///< open addressing, for many attributes
     std::vector<OpenElement> m_open;
     std::vector<NsBinding> m_bindings;
     std::unordered_map<int32_t, int32_t> m_prefixTop; ///< prefix -> innermost binding

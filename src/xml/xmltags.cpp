@@ -5,6 +5,9 @@
 #include "zkcommon/xml/xmlutil.h"
 
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 #include <unicode/utf16.h>
 
 namespace ZkCommonNS {
@@ -42,7 +45,7 @@ constexpr unsigned short kErrorSlashWhitespace = 770;
 constexpr unsigned short kErrorSlashCharacter = 897;
 constexpr unsigned short kErrorSlashWhitespaceXhtml = 898;
 /// Attribute records that are searched pairwise for duplicates; more go through a hash set.
-constexpr int kLinearDuplicateCheck = 8;
+constexpr int kLinearDuplicateCheck = 24;
 
 inline bool isSpace(UChar32 c) {
     return c == 0x20 || c == 0x0A || c == 0x09 || c == 0x0D;
@@ -52,20 +55,20 @@ UnicodeString charText(UChar32 c) {
     return c == kEof ? UnicodeString() : UnicodeString(c);
 }
 
-constexpr uint8_t classOf(int c) {
-    return uint8_t(((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'
-                        ? kNameStart | kNameChar
-                    : (c >= '0' && c <= '9') || c == '-' || c == '.' ? kNameChar
-                                                                     : 0) |
-                   (c == '<' || c == '&' ? kStopText | kStopValue : 0) |
-                   (c == ']' ? kStopText | kStopCData : 0) | (c == '-' ? kStopComment : 0) |
-                   (c == '?' ? kStopPI : 0));
+constexpr uint16_t classOf(int c) {
+    return uint16_t(((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'
+                         ? kNameStart | kNameChar
+                     : (c >= '0' && c <= '9') || c == '-' || c == '.' ? kNameChar
+                                                                      : 0) |
+                    (c == '<' || c == '&' ? kStopText | kStopValue : 0) |
+                    (c == ']' ? kStopText | kStopCData : 0) | (c == '-' ? kStopComment : 0) |
+                    (c == '?' ? kStopPI : 0) | (c < 0x20 ? kControl : 0) |
+                    (c == '"' ? kQuoteDouble : 0) | (c == '\'' ? kQuoteSingle : 0));
 }
-
 } // namespace
 
 // clang-format off
-const uint8_t kAsciiClass[128] = {
+const uint16_t kAsciiClass[128] = {
 #define ZK_ROW(n) classOf(n), classOf(n + 1), classOf(n + 2), classOf(n + 3), classOf(n + 4), \
                   classOf(n + 5), classOf(n + 6), classOf(n + 7)
     ZK_ROW(0), ZK_ROW(8), ZK_ROW(16), ZK_ROW(24), ZK_ROW(32), ZK_ROW(40), ZK_ROW(48), ZK_ROW(56),
@@ -80,17 +83,28 @@ UnicodeString qualifiedName(ZkName prefix, ZkName local) {
 }
 
 ZkName NameCache::intern(const char16_t* text, int32_t length) {
+    if (length == 0)
+        return ZkName();
+    uint32_t hash = uint32_t(length) * 0x9E3779B1u;
+    hash = hashStep(hash, text[0]);
+    hash = hashStep(hash, text[length - 1]);
+    hash = hashStep(hash, text[length >> 1]);
+    return intern(text, length, hash);
+}
+
+ZkName NameCache::intern(const char16_t* text, int32_t length, uint32_t hash) {
     if (length > kMaxLength)
         return ZkName(UnicodeString(text, length));
-    uint32_t hash = 2166136261u;
-    for (int32_t i = 0; i < length; ++i)
-        hash = (hash ^ text[i]) * 16777619u;
     if (!m_slots)
         m_slots.reset(new Slot[kSlots]);
-    Slot& slot = m_slots[hash & (kSlots - 1)];
-    if (slot.hash == hash && slot.length == length &&
-        memcmp(slot.text, text, size_t(length) * 2) == 0)
-        return slot.name;
+    Slot& slot = m_slots[(hash ^ (hash >> 16)) & (kSlots - 1)];
+    if (slot.hash == hash && slot.length == length) {
+        int32_t i = 0;
+        while (i < length && slot.text[i] == text[i])
+            ++i;
+        if (i == length)
+            return slot.name;
+    }
     ZkName name(UnicodeString(text, length));
     slot.hash = hash;
     slot.length = length;
@@ -154,6 +168,22 @@ int XmlScanner::classify() {
 
 bool XmlScanner::skipWhitespace() {
     bool skipped = false;
+    InputState& in = m_in;
+    if (in.pos >= in.rawLimit) {
+        const char16_t* b = in.chars.get();
+        int32_t p = in.pos;
+        while (p < in.end && b[p] == ' ')
+            ++p;
+        if (p < in.end && b[p] > ' ') {
+            skipped = p > in.pos;
+            in.column += p - in.pos;
+            in.pos = p;
+            return skipped;
+        }
+        in.column += p - in.pos;
+        skipped = p > in.pos;
+        in.pos = p;
+    }
     for (;;) {
         int unit = peekUnit();
         if (unit == ' ' || unit == '\t') {
@@ -187,7 +217,14 @@ ZkName XmlScanner::readName() {
             if (q < e && b[q] < 0x80) {
                 in.pos = q;
                 in.column += q - p;
-                return m_names.intern(b + p, q - p);
+                // The cache compares the whole text; its slot needs only a cheap hash of the
+                // length and the ends.
+                int32_t length = q - p;
+                uint32_t hash = uint32_t(length) * 0x9E3779B1u;
+                hash = hashStep(hash, c);
+                hash = hashStep(hash, b[q - 1]);
+                hash = hashStep(hash, b[p + (length >> 1)]);
+                return m_names.intern(b + p, length, hash);
             }
         }
     }
@@ -416,15 +453,24 @@ void XmlScanner::finishStartTag() {
             }
         }
     } else {
-        // Many attributes: one hash probe each instead of a pairwise search.
-        m_attributeKeys.clear();
+        // Many attributes: one probe each in an open-addressing table instead of a pairwise
+        // search, so 100,000 attributes cost 100,000 probes.
+        size_t capacity = 16;
+        while (capacity < size_t(m_attributeCount) * 2)
+            capacity *= 2;
+        m_attributeKeys.assign(capacity, 0);
         for (int i = 0; i < m_attributeCount; ++i) {
             const Attribute& attribute = m_attributes[size_t(i)];
+            // Local names are never empty, so a key is never 0, the empty slot.
             uint64_t key = (uint64_t(uint32_t(attribute.local.getEnum())) << 32) |
                            uint32_t(attribute.ns.getEnum());
-            if (!m_attributeKeys.insert(key).second)
+            size_t slot = size_t((key * 0x9E3779B97F4A7C15ull) >> 20) & (capacity - 1);
+            while (m_attributeKeys[slot] != 0 && m_attributeKeys[slot] != key)
+                slot = (slot + 1) & (capacity - 1);
+            if (m_attributeKeys[slot] == key)
                 report(kErrorDuplicateAttribute, qualifiedName(attribute.prefix, attribute.local),
                        UnicodeString());
+            m_attributeKeys[slot] = key;
         }
     }
 }
@@ -496,8 +542,68 @@ void XmlScanner::scanEndTag() {
     }
 }
 
-void XmlScanner::scanRun(UnicodeString& target, uint8_t stops, char16_t quote, bool value) {
+namespace {
+
+/// The first index at or after `p` (below `e`) whose unit is not plain: below U+0020, at or
+/// above `limit`, or one of the three stops.
+inline int32_t skipPlain(const char16_t* b, int32_t p, int32_t e, char16_t limit, char16_t stop1,
+                         char16_t stop2, char16_t stop3) {
+#if defined(__SSE2__)
+    // Eight units at a time; the range test is one unsigned compare done on biased signed units.
+    const __m128i bias = _mm_set1_epi16(short(0x8000 - 0x20));
+    const __m128i top = _mm_set1_epi16(short((limit - 0x20) ^ 0x8000));
+    const __m128i s1 = _mm_set1_epi16(short(stop1));
+    const __m128i s2 = _mm_set1_epi16(short(stop2));
+    const __m128i s3 = _mm_set1_epi16(short(stop3));
+    while (e - p >= 8) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + p));
+        __m128i inRange = _mm_cmplt_epi16(_mm_add_epi16(v, bias), top);
+        __m128i stops = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(v, s1), _mm_cmpeq_epi16(v, s2)),
+                                     _mm_cmpeq_epi16(v, s3));
+        int bad = _mm_movemask_epi8(_mm_andnot_si128(stops, inRange)) ^ 0xFFFF;
+        if (bad)
+            return p + (__builtin_ctz(unsigned(bad)) >> 1);
+        p += 8;
+    }
+#endif
+    for (; p < e; ++p) {
+        char16_t c = b[p];
+        if (c < 0x20 || c >= limit || c == stop1 || c == stop2 || c == stop3)
+            break;
+    }
+    return p;
+}
+
+} // namespace
+
+void XmlScanner::scanRun(UnicodeString& target, uint16_t stops, char16_t quote, bool value) {
     InputState& in = m_in;
+    // The stop units of the class, at most three, for the wide skip (U+0000 stops anyway).
+    char16_t stopUnits[3] = {0, 0, 0};
+    switch (stops) {
+    case kStopText:
+        stopUnits[0] = '<';
+        stopUnits[1] = '&';
+        stopUnits[2] = ']';
+        break;
+    case kStopValue:
+        stopUnits[0] = '<';
+        stopUnits[1] = '&';
+        stopUnits[2] = quote;
+        break;
+    case kStopCData:
+        stopUnits[0] = ']';
+        break;
+    case kStopComment:
+        stopUnits[0] = '-';
+        break;
+    case kStopPI:
+        stopUnits[0] = '?';
+        break;
+    default:
+        break;
+    }
+    const char16_t fastLimit = m_fastLimit;
     while (in.pos >= in.rawLimit && in.pos < in.end) {
         const char16_t* b = in.chars.get();
         int32_t p = in.pos;
@@ -505,46 +611,39 @@ void XmlScanner::scanRun(UnicodeString& target, uint8_t stops, char16_t quote, b
         int32_t runStart = p;
         int32_t lineStart = p;
         int columnBase = in.column;
-        char16_t replace = 0;
-        for (; p < e; ++p) {
+        bool replace = false;
+        for (;;) {
+            p = skipPlain(b, p, e, fastLimit, stopUnits[0], stopUnits[1], stopUnits[2]);
+            if (p >= e)
+                break;
             char16_t c = b[p];
-            if (c < 0x80) {
-                uint8_t cls = kAsciiClass[c];
-                if ((cls & stops) || c == quote)
-                    break;
-                if (c < 0x20) {
-                    if (c == '\n') {
-                        ++in.line;
-                        lineStart = p + 1;
-                        columnBase = 0;
-                        if (value) {
-                            replace = ' ';
-                            break;
-                        }
-                    } else if (c == '\t') {
-                        if (value) {
-                            replace = ' ';
-                            break;
-                        }
-                    } else {
-                        break; // U+000D and the controls take the slow way
-                    }
-                }
-            } else if (c >= m_fastLimit) {
+            if (c == '\n') {
+                ++in.line;
+                lineStart = p + 1;
+                columnBase = 0;
+            } else if (c != '\t') {
+                break; // a stop, or U+000D and the controls, which take the slow way
+            }
+            if (value) {
+                replace = true; // in a value a tab or line feed becomes a space
                 break;
             }
+            ++p;
         }
-        in.column = columnBase + (p - lineStart) + (replace ? 1 : 0);
+        in.column = columnBase + (p - lineStart) + (replace && b[p] == '\t' ? 1 : 0);
         in.pos = replace ? p + 1 : p;
         if (&target == &m_text) {
             if (p > runStart && !appendText(b + runStart, p - runStart))
                 return;
         } else if (p > runStart) {
-            target.append(b + runStart, p - runStart);
+            if (target.isEmpty() && !replace && p < e && b[p] == quote)
+                target.setTo(b + runStart, p - runStart); // the whole value in one piece
+            else
+                target.append(b + runStart, p - runStart);
         }
         if (!replace)
             return;
-        target.append(replace);
+        target.append(char16_t(' '));
     }
 }
 
