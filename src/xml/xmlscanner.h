@@ -220,7 +220,15 @@ public:
     // ---- tags (xmltags.cpp)
     int classify();
     /// The next unit when it can be read in place (no pushback, no check); else -1.
-    int peekUnit() const;
+    int peekUnit() const {
+        const InputState& in = m_in;
+        if (in.pos < in.end && in.pos >= in.rawLimit) {
+            char16_t c = in.chars[in.pos];
+            if (c >= 0x20 && c < m_fastLimit)
+                return c;
+        }
+        return -1;
+    }
     UChar32 peekChar();
     ZkName readName();
     ZkName readNameSlow();

@@ -99,7 +99,16 @@ ZkName NameCache::intern(const char16_t* text, int32_t length, uint32_t hash) {
         m_slots.reset(new Slot[kSlots]);
     Slot& slot = m_slots[(hash ^ (hash >> 16)) & (kSlots - 1)];
     if (slot.hash == hash && slot.length == length) {
+        // Four units at a time, then the rest.
         int32_t i = 0;
+        for (; i + 4 <= length; i += 4) {
+            uint64_t a;
+            uint64_t b;
+            memcpy(&a, slot.text + i, 8);
+            memcpy(&b, text + i, 8);
+            if (a != b)
+                break;
+        }
         while (i < length && slot.text[i] == text[i])
             ++i;
         if (i == length)
@@ -111,16 +120,6 @@ ZkName NameCache::intern(const char16_t* text, int32_t length, uint32_t hash) {
     slot.name = name.getEnum();
     memcpy(slot.text, text, size_t(length) * 2);
     return name;
-}
-
-int XmlScanner::peekUnit() const {
-    const InputState& in = m_in;
-    if (in.pos < in.end && in.pos >= in.rawLimit) {
-        char16_t c = in.chars[in.pos];
-        if (c >= 0x20 && c < m_fastLimit)
-            return c;
-    }
-    return -1;
 }
 
 UChar32 XmlScanner::peekChar() {
@@ -326,8 +325,15 @@ void XmlScanner::scanAttributes() {
         }
         if (colonOnly)
             report(kErrorAttributeName, prefix.toString() + u":", UnicodeString());
-        skipWhitespace();
-        c = readChar();
+        // The common shape name="value" is taken in place; anything else goes step by step.
+        if (peekUnit() == '=') {
+            ++m_in.pos;
+            ++m_in.column;
+            c = '=';
+        } else {
+            skipWhitespace();
+            c = readChar();
+        }
         if (m_attributeCount == int(m_attributes.size()))
             m_attributes.emplace_back();
         Attribute& attribute = m_attributes[size_t(m_attributeCount)];
@@ -339,8 +345,15 @@ void XmlScanner::scanAttributes() {
             pushBack(c);
             report(kErrorMissingEquals, UnicodeString(), UnicodeString());
         } else {
-            skipWhitespace();
-            c = readChar();
+            int unit = peekUnit();
+            if (unit == '"' || unit == '\'') {
+                ++m_in.pos;
+                ++m_in.column;
+                c = unit;
+            } else {
+                skipWhitespace();
+                c = readChar();
+            }
             if (c == '"' || c == '\'') {
                 readAttributeValue(char16_t(c), attribute.value);
             } else {
