@@ -116,6 +116,9 @@ void XmlScanner::openUri(ZkUri& uri, const UnicodeString& encoding, const Unicod
         throwCommonError(ZK_ERROR_CANNOT_OPEN_FILE, kSiteSetInput, uri.toString());
     m_in.inputUri = uri.getLocalPath();
     m_in.baseUri = baseUri.isEmpty() ? uri.getBaseString() : baseUri;
+    m_lastUri = uri.toString();
+    m_lastStream = nullptr;
+    m_requestedEncoding = encoding;
     m_in.stream = m_in.underlying = stream;
     m_in.ownsUnderlying = true;
     probe();
@@ -132,6 +135,9 @@ void XmlScanner::openStream(std::istream& in, const UnicodeString& encoding,
     reset();
     m_in.baseUri = baseUri;
     m_in.stream = m_in.underlying = &in;
+    m_lastUri.remove();
+    m_lastStream = &in;
+    m_requestedEncoding = encoding;
     probe();
     changeEncoding(encoding);
 }
@@ -154,23 +160,32 @@ void XmlScanner::probe() {
 }
 
 void XmlScanner::rewind() {
-    std::istream* underlying = m_in.underlying;
-    bool owns = m_in.ownsUnderlying;
     // Keep the outermost input: frames above it go.
     if (!m_frames.empty()) {
-        underlying = m_frames.front().underlying;
-        owns = m_frames.front().ownsUnderlying;
-        m_frames.front().ownsUnderlying = false;
-        m_in.conversion.reset();
-        closeInput(m_in);
-        m_in = std::move(m_frames.front());
-        m_frames.clear();
+        InputState outer = std::move(m_frames.front());
+        m_frames.erase(m_frames.begin());
+        closeStream();
+        m_in = std::move(outer);
     }
-    if (!underlying)
-        throwCommonError(ZK_ERROR_WRONG_STATE, kSiteSetInput, m_in.inputUri);
-    UnicodeString encoding = m_in.bomSeen ? UnicodeString() : m_in.encodingName;
-    UnicodeString inputUri = m_in.inputUri;
+    std::istream* underlying = m_in.underlying;
+    bool owns = m_in.ownsUnderlying;
     UnicodeString baseUri = m_in.baseUri;
+    if (!underlying) {
+        // Closed at the end of the document: a borrowed stream is seated again, an opened
+        // resource is opened again.
+        if (m_lastStream) {
+            underlying = m_lastStream;
+            owns = false;
+        } else if (!m_lastUri.isEmpty()) {
+            ZkUri uri(m_lastUri, ZkUri::URISTR_URI_ASIS);
+            UnicodeString base = m_in.baseUri;
+            openUri(uri, m_requestedEncoding, base);
+            return;
+        } else {
+            throwCommonError(ZK_ERROR_WRONG_STATE, kSiteSetInput, m_in.inputUri);
+        }
+    }
+    UnicodeString inputUri = m_in.inputUri;
     m_in.conversion.reset();
     m_in.ownsUnderlying = false; // reset must not delete it
     reset();
@@ -181,7 +196,7 @@ void XmlScanner::rewind() {
     m_in.inputUri = inputUri;
     m_in.baseUri = baseUri;
     probe();
-    changeEncoding(encoding);
+    changeEncoding(m_requestedEncoding);
 }
 
 void XmlScanner::pushStream(const UnicodeString& uri, ZkName parserType,

@@ -291,6 +291,9 @@ public:
 
     // Input.
     InputState m_in;
+    UnicodeString m_requestedEncoding;    ///< given to setInput, applied again by rewind
+    UnicodeString m_lastUri;              ///< the resource setInput opened, for rewind
+    std::istream* m_lastStream = nullptr; ///< the stream setInput borrowed, for rewind
     std::vector<InputState> m_frames;
     char16_t m_fastLimit = 0xD800; ///< units from 0x20 below this need no check
     bool m_xml11 = false;

@@ -334,6 +334,18 @@ TEST(XmlParser, RewindReadsAgain) {
     std::string first = events(*parser, false);
     parser->rewind();
     EXPECT_EQ(first, events(*parser, false));
+    // Closed at the end, a borrowed stream and an opened file are both read again.
+    parser->setAutoClose(true);
+    parser->rewind();
+    EXPECT_EQ(first, events(*parser, false));
+    parser->rewind();
+    EXPECT_EQ(first, events(*parser, false));
+    TempDir dir;
+    ZkUri uri(UnicodeString::fromUTF8(dir.file("r.xml", "<r><a/></r>")), ZkUri::URISTR_FILEPATH);
+    parser->setInput(uri, UnicodeString(), UnicodeString());
+    EXPECT_EQ(first, events(*parser, false));
+    parser->rewind();
+    EXPECT_EQ(first, events(*parser, false));
 }
 
 TEST(XmlParser, FeedsTheDocumentLoader) {
