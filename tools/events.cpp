@@ -3,6 +3,7 @@
 #include "command.h"
 
 #include <iostream>
+#include <memory>
 #include <zkcommon/core/errorxml.h>
 #include <zkcommon/xml/xmlparser.h>
 
@@ -49,8 +50,19 @@ std::string qname(ZkName ns, ZkName prefix, ZkName local) {
     return out + utf8(local.toString());
 }
 
+/// The error log on standard error, begun at the first error so a clean parse prints none.
+struct Log {
+    std::unique_ptr<ZkErrorXML> xml;
+    void write(const ZkError& error) {
+        if (!xml)
+            xml = std::make_unique<ZkErrorXML>(std::cerr, u"zk events", u"2.5", UnicodeString(),
+                                               UnicodeString());
+        xml->errorMessage(error);
+    }
+};
+
 void logError(const ZkError& error, void* log) {
-    static_cast<ZkErrorXML*>(log)->errorMessage(error);
+    static_cast<Log*>(log)->write(error);
 }
 
 int eventsCommand(const Args& args) {
@@ -66,7 +78,7 @@ int eventsCommand(const Args& args) {
     }
     if (file.empty())
         return usage("events");
-    ZkErrorXML log(std::cerr, u"zk events", u"2.5", UnicodeString(), UnicodeString());
+    Log log;
     ZkPtr<ZkXmlParser> parser = ZkXmlParser::createXmlParser();
     parser->setCallbackError(logError, &log);
     int status = 0;
@@ -110,7 +122,7 @@ int eventsCommand(const Args& args) {
     } catch (const ZkError& error) {
         // Code 128 says a fatal error went to the log already.
         if (error.getErrorCode() != 128)
-            log.errorMessage(error);
+            log.write(error);
         status = 1;
     }
     std::cout.flush();
