@@ -140,10 +140,10 @@ const UnicodeString& XmlScanner::text() const {
         if (m_event == ZkXmlParser::ENTITY_REF && !m_entityName.isEmpty()) {
             auto found = m_entities.find(m_entityName.getEnum());
             m_cachedText = found != m_entities.end() ? found->second : UnicodeString();
-        } else if (m_mark == 0) {
-            m_cachedText = m_text; // shares the buffer, copies nothing
         } else {
-            m_cachedText.setTo(m_text, m_mark);
+            // One copy into the cache, whose buffer the caller's strings share; the scanner's
+            // own buffer stays unshared, so it is reused without a new allocation per event.
+            m_cachedText.setTo(m_text.getBuffer() + m_mark, m_text.length() - m_mark);
         }
         m_cachedValid = true;
     }
