@@ -299,6 +299,9 @@ void XmlScanner::sniff(bool force) {
     if (at(0) == 0 && at(1) == 0) {
         id = ZKN_UTF_32BE;
         signature = at(2) == 0xFE && at(3) == 0xFF;
+        // The signature is used up as in every other form; left in, its U+FEFF would stand as
+        // text before the root and fail the document.
+        consume = signature ? 4 : 0;
     } else if (at(0) == 0 && at(1) > 0) {
         id = ZKN_UTF_16BE;
     } else if (at(0) == 0xEF && at(1) == 0xBB && at(2) == 0xBF) {
