@@ -11,7 +11,6 @@ constexpr unsigned short kErrorStopped = 128;
 constexpr unsigned short kErrorMissingEndTag = 129;
 constexpr unsigned short kErrorUndefinedEntity = 515;
 constexpr unsigned short kErrorLoopedEntity = 184;
-constexpr unsigned short kErrorExternalEntity = 516;
 constexpr unsigned short kErrorHugeText = 190;
 constexpr int kCommentLimit = 100000000;
 

@@ -9,7 +9,6 @@
 namespace ZkCommonNS {
 
 namespace {
-constexpr int kSiteAttribute = 10;
 constexpr int kSiteWhitespace = 13;
 constexpr int kSiteEmptyTag = 14;
 constexpr int kQualifierNamespace = 15;

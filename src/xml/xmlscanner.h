@@ -1,7 +1,7 @@
 // The state of ZkXmlParserImpl: the layered character reader, the event engine and the tag and
 // content scanner. The reader is in xmlreader.cpp, the decoders in xmldecoders.cpp, the events
-// and getters in xmlevents.cpp, tags in xmltags.cpp, content in xmlcontent.cpp and the message
-// table in xmlmessages.cpp.
+// and getters in xmlevents.cpp and xmlparser.cpp, tags in xmltags.cpp, values and references in
+// xmlreferences.cpp, content in xmlcontent.cpp and the message table in xmlmessages.cpp.
 #ifndef ZKCOMMON_SRC_XML_XMLSCANNER_H
 #define ZKCOMMON_SRC_XML_XMLSCANNER_H
 
