@@ -244,7 +244,8 @@ bool XmlScanner::readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLoca
     local = readName();
     if (local.isEmpty())
         return false;
-    if (peekChar() == ':') {
+    int unit = peekUnit();
+    if (unit == ':' || (unit < 0 && peekChar() == ':')) {
         readChar();
         prefix = local;
         local = readName();
@@ -294,7 +295,8 @@ UnicodeString XmlScanner::openQName() const {
 void XmlScanner::scanAttributes() {
     for (;;) {
         bool spaced = skipWhitespace();
-        UChar32 c = peekChar();
+        int unit = peekUnit();
+        UChar32 c = unit >= 0 ? unit : peekChar();
         if (c == '>' || c == '/')
             return;
         if (c == kEof) {
@@ -315,7 +317,7 @@ void XmlScanner::scanAttributes() {
         if (colonOnly)
             report(kErrorAttributeName, prefix.toString() + u":", UnicodeString());
         // The common shape name="value" is taken in place; anything else goes step by step.
-        if (peekUnit() == '=') {
+        if ((unit = peekUnit()) == '=') {
             ++m_in.pos;
             ++m_in.column;
             c = '=';
@@ -334,11 +336,11 @@ void XmlScanner::scanAttributes() {
             pushBack(c);
             report(kErrorMissingEquals, UnicodeString(), UnicodeString());
         } else {
-            int unit = peekUnit();
-            if (unit == '"' || unit == '\'') {
+            int quote = peekUnit();
+            if (quote == '"' || quote == '\'') {
                 ++m_in.pos;
                 ++m_in.column;
-                c = unit;
+                c = quote;
             } else {
                 skipWhitespace();
                 c = readChar();
