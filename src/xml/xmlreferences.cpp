@@ -118,9 +118,11 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
         report(isSpace(c) ? kErrorSpaceInCharRef : kErrorCharRef, digits, UnicodeString());
         return kEof;
     }
-    bool valid = value <= 0x10FFFF &&
-                 (m_xml11 ? ZkChar::isValidChar11(UChar32(value)) || (value >= 1 && value < 0x20)
-                          : ZkChar::isValidChar(UChar32(value)));
+    // XML 1.1 lets references name the restricted controls that may not stand literally.
+    bool restricted11 = (value >= 0x01 && value < 0x20) || (value >= 0x7F && value <= 0x9F);
+    bool valid =
+        value <= 0x10FFFF && (m_xml11 ? ZkChar::isValidChar11(UChar32(value)) || restricted11
+                                      : ZkChar::isValidChar(UChar32(value)));
     if (!valid && !m_features[ZkXmlParser::FEATURE_NO_CHAR_CHECK])
         report(kErrorInvalidUnicode, UnicodeString(u"&#") + digits, UnicodeString());
     ok = true;

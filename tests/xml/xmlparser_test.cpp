@@ -177,6 +177,11 @@ TEST(XmlParser, LineEndsCountOneLineEach) {
     ASSERT_EQ(ZkXmlParser::TEXT, parser->next());
     EXPECT_EQ("a\nb\n", utf8(parser->getText()));
     EXPECT_EQ(3, parser->getLineNumber());
+    // XML 1.1 takes the restricted controls by reference only.
+    EXPECT_EQ("START_TAG:r TEXT:\x01\xC2\x80 END_TAG:r",
+              events("<?xml version='1.1'?><r>&#1;&#x80;</r>"));
+    EXPECT_THROW(events("<?xml version='1.1'?><r>\xC2\x80</r>"), ZkError);
+    EXPECT_THROW(events("<r>&#1;</r>"), ZkError);
 }
 
 TEST(XmlParser, DecodersAndSignatures) {
