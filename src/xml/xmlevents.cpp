@@ -203,6 +203,7 @@ void XmlScanner::dispatch(int kind) {
 }
 
 int XmlScanner::nextToken() {
+    m_valuesInBuffer = false; // the start tag's values are no longer asked for
     m_text.truncate(m_mark);
     m_cachedValid = false;
     m_useOwnText = false;

@@ -409,13 +409,13 @@ UnicodeString ZkXmlParserImpl::getAttributeValue(ZkName ns, ZkName name) const {
         if (attribute.prefix.isEmpty())
             resolved = ns.isEmpty() ? ZkName() : scanner.resolvePrefix(ZkName());
         if (resolved == ns)
-            return attribute.value;
+            return scanner.attributeValue(attribute);
     }
     return ZkBogusString::getBogusString();
 }
 
 UnicodeString ZkXmlParserImpl::getAttributeValue(int index) const {
-    return attributeAt(*m_scanner, index, kQualifierValue).value;
+    return m_scanner->attributeValue(attributeAt(*m_scanner, index, kQualifierValue));
 }
 
 int ZkXmlParserImpl::getEventType() const {

@@ -42,7 +42,20 @@ void closeInput(InputState& in) {
 }
 } // namespace
 
+void XmlScanner::keepAttributeValues() {
+    for (int i = 0; i < m_attributeCount; ++i) {
+        Attribute& attribute = m_attributes[size_t(i)];
+        if (attribute.viewStart >= 0) {
+            attribute.value.setTo(m_in.chars.get() + attribute.viewStart, attribute.viewLength);
+            attribute.viewStart = -1;
+        }
+    }
+    m_valuesInBuffer = false;
+}
+
 void XmlScanner::closeStream() {
+    if (m_valuesInBuffer)
+        keepAttributeValues();
     while (!m_frames.empty()) {
         closeInput(m_in);
         m_in = std::move(m_frames.back());
@@ -74,6 +87,7 @@ void XmlScanner::reset() {
     m_elementPrefix = m_elementName = m_elementNs = ZkName();
     m_eventLine = m_eventColumn = -1;
     m_attributeCount = 0;
+    m_valuesInBuffer = false;
     m_open.clear();
     m_bindings.clear();
     m_prefixTop.clear();
@@ -247,6 +261,8 @@ void XmlScanner::pushStream(const UnicodeString& uri, ZkName parserType,
 bool XmlScanner::popFrame() {
     if (m_frames.empty())
         return false;
+    if (m_valuesInBuffer)
+        keepAttributeValues();
     closeInput(m_in);
     m_in = std::move(m_frames.back());
     m_frames.pop_back();
@@ -460,6 +476,8 @@ void XmlScanner::changeEncoding(const UnicodeString& requested) {
 
 bool XmlScanner::fill() {
     InputState& in = m_in;
+    if (m_valuesInBuffer)
+        keepAttributeValues();
     if (in.pos >= in.end) {
         in.pos = in.end = in.rawLimit = 0;
     } else if (in.charCapacity - in.end < 16) {
@@ -622,6 +640,8 @@ void XmlScanner::pushBackText(const char16_t* text, int32_t length) {
     InputState& in = m_in;
     bool rawAhead = in.rawLimit > in.pos;
     if (in.pos < length) {
+        if (m_valuesInBuffer)
+            keepAttributeValues();
         int32_t unread = in.end - in.pos;
         int32_t needed = unread + length + 16;
         if (needed > in.charCapacity) {

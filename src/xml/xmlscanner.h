@@ -122,6 +122,10 @@ struct Attribute {
     ZkName local;
     ZkName ns;
     UnicodeString value;
+    /// A value read in one piece stays where it was decoded, [viewStart, viewStart +
+    /// viewLength) of the read buffer, until the buffer moves; -1 when `value` holds it.
+    int32_t viewStart = -1;
+    int32_t viewLength = 0;
 };
 
 struct OpenElement {
@@ -243,6 +247,14 @@ public:
     void scanEndTag();
     void closeElement();
     UnicodeString openQName() const;
+    /// The value of an attribute of the current start tag.
+    UnicodeString attributeValue(const Attribute& attribute) const {
+        return attribute.viewStart >= 0
+                   ? UnicodeString(m_in.chars.get() + attribute.viewStart, attribute.viewLength)
+                   : attribute.value;
+    }
+    /// Copies the values still in the read buffer into their records, before the buffer moves.
+    void keepAttributeValues();
     void declareNamespace(ZkName prefix, ZkName uri);
     ZkName resolvePrefix(ZkName prefix) const;
     /// Appends the run of plain characters at the read position to `target`, stopping before
@@ -251,6 +263,8 @@ public:
     void scanRun(UnicodeString& target, uint16_t stops, char16_t quote, bool value);
     void readLiteral(LiteralMode mode, UnicodeString& out);
     void readAttributeValue(char16_t quote, UnicodeString& out);
+    /// After the opening quote: the value of `attribute`, in place when it can be.
+    void readValue(char16_t quote, Attribute& attribute);
     /// After "&#": the code point, or with `ok` false after a report.
     UChar32 readCharReference(UnicodeString& digits, bool& ok);
     /// After "&": reads a reference into `out` (attribute context) or sets up ENTITY_REF.
@@ -313,6 +327,7 @@ public:
     int m_eventColumn = -1;
     std::vector<Attribute> m_attributes;
     int m_attributeCount = 0;
+    bool m_valuesInBuffer = false;         ///< some attribute values are views into the read buffer
     std::vector<uint64_t> m_attributeKeys; ///< open addressing, for many attributes
     std::vector<OpenElement> m_open;
     std::vector<NsBinding> m_bindings;

@@ -332,6 +332,7 @@ void XmlScanner::scanAttributes() {
         attribute.local = local;
         attribute.ns = ZkName();
         attribute.value.remove();
+        attribute.viewStart = -1;
         if (c != '=') {
             pushBack(c);
             report(kErrorMissingEquals, UnicodeString(), UnicodeString());
@@ -346,7 +347,7 @@ void XmlScanner::scanAttributes() {
                 c = readChar();
             }
             if (c == '"' || c == '\'') {
-                readAttributeValue(char16_t(c), attribute.value);
+                readValue(char16_t(c), attribute);
             } else {
                 pushBack(c);
                 report(kErrorMissingQuote, UnicodeString(), UnicodeString());
@@ -354,10 +355,10 @@ void XmlScanner::scanAttributes() {
         }
         ++m_attributeCount;
         if (prefix == ZKN_xmlns) {
-            declareNamespace(local, ZkName(attribute.value));
+            declareNamespace(local, ZkName(attributeValue(attribute)));
             attribute.ns = ZKN_NS_XMLNS;
         } else if (prefix.isEmpty() && local == ZKN_xmlns) {
-            declareNamespace(ZkName(), ZkName(attribute.value));
+            declareNamespace(ZkName(), ZkName(attributeValue(attribute)));
             attribute.ns = ZKN_NS_XMLNS;
         }
     }
@@ -579,6 +580,25 @@ inline int32_t skipPlain(const char16_t* b, int32_t p, int32_t e, char16_t limit
 }
 
 } // namespace
+
+void XmlScanner::readValue(char16_t quote, Attribute& attribute) {
+    // A value that lies whole in the buffer, with nothing to expand or normalise, is left there
+    // and read by the getters in place: no copy until a caller asks.
+    InputState& in = m_in;
+    if (in.pos >= in.rawLimit) {
+        const char16_t* b = in.chars.get();
+        int32_t end = skipPlain(b, in.pos, in.end, m_fastLimit, '<', '&', quote);
+        if (end < in.end && b[end] == quote) {
+            attribute.viewStart = in.pos;
+            attribute.viewLength = end - in.pos;
+            in.column += end - in.pos + 1;
+            in.pos = end + 1;
+            m_valuesInBuffer = true;
+            return;
+        }
+    }
+    readAttributeValue(quote, attribute.value);
+}
 
 void XmlScanner::scanRun(UnicodeString& target, uint16_t stops, char16_t quote, bool value) {
     InputState& in = m_in;

@@ -81,7 +81,9 @@ TEST(XmlHostile, HundredThousandAttributes) {
     Parse parse(tag + "/>");
     ASSERT_EQ(ZkXmlParser::START_TAG, parse.parser->next());
     EXPECT_EQ(count, parse.parser->getAttributeCount());
-    EXPECT_EQ("7", utf8(parse.parser->getAttributeValue(7)));
+    // Values read in place stay right after the read buffer has moved on many times.
+    for (int i = 0; i < count; ++i)
+        ASSERT_EQ(std::to_string(i), utf8(parse.parser->getAttributeValue(i))) << i;
     // A duplicate at the end is still found.
     Parse duplicate(tag + " a0='x'/>");
     try {
