@@ -57,6 +57,8 @@
 #include "zkcommon/dom/text.h"
 
 // xml
+#include "zkcommon/xml/xmlloadsource.h"
+#include "zkcommon/xml/xmlparser.h"
 #include "zkcommon/xml/xmlutil.h"
 
 // crypto

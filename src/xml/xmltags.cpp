@@ -1,0 +1,675 @@
+// The tag half of the XML scanner: the classifier, names, start and end tags, attributes and
+// namespace declarations, attribute values and references.
+#include "xml/xmlscanner.h"
+#include "zkcommon/core/char.h"
+#include "zkcommon/xml/xmlutil.h"
+
+#include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+#include <unicode/utf16.h>
+
+namespace ZkCommonNS {
+namespace detail {
+
+namespace {
+constexpr unsigned short kErrorSecondRoot = 130;
+constexpr unsigned short kErrorSecondRootHtml = 521;
+constexpr unsigned short kErrorStartTagName = 132;
+constexpr unsigned short kErrorEndTagName = 133;
+constexpr unsigned short kErrorEndTagMismatch = 134;
+constexpr unsigned short kErrorUndeclaredPrefix = 135;
+constexpr unsigned short kErrorDuplicateAttribute = 136;
+constexpr unsigned short kErrorAttributeName = 137;
+constexpr unsigned short kErrorMissingEquals = 138;
+constexpr unsigned short kErrorMissingWhitespace = 139;
+constexpr unsigned short kErrorUnexpectedCharacter = 140;
+constexpr unsigned short kErrorUnexpectedWhitespace = 141;
+constexpr unsigned short kErrorMissingQuote = 174;
+constexpr unsigned short kErrorInvalidCharacter = 180;
+constexpr unsigned short kErrorUnclosedTag = 183;
+constexpr unsigned short kErrorHtmlCharacter = 769;
+constexpr unsigned short kErrorSlashWhitespace = 770;
+constexpr unsigned short kErrorSlashCharacter = 897;
+constexpr unsigned short kErrorSlashWhitespaceXhtml = 898;
+/// Attribute records that are searched pairwise for duplicates; more go through a hash set.
+constexpr int kLinearDuplicateCheck = 24;
+
+inline bool isSpace(UChar32 c) {
+    return c == 0x20 || c == 0x0A || c == 0x09 || c == 0x0D;
+}
+
+UnicodeString charText(UChar32 c) {
+    return c == kEof ? UnicodeString() : UnicodeString(c);
+}
+
+constexpr uint16_t classOf(int c) {
+    return uint16_t(((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'
+                         ? kNameStart | kNameChar
+                     : (c >= '0' && c <= '9') || c == '-' || c == '.' ? kNameChar
+                                                                      : 0) |
+                    (c == '<' || c == '&' ? kStopText | kStopValue : 0) |
+                    (c == ']' ? kStopText | kStopCData : 0) | (c == '-' ? kStopComment : 0) |
+                    (c == '?' ? kStopPI : 0) | (c < 0x20 ? kControl : 0) |
+                    (c == '"' ? kQuoteDouble : 0) | (c == '\'' ? kQuoteSingle : 0));
+}
+} // namespace
+
+// clang-format off
+const uint16_t kAsciiClass[128] = {
+#define ZK_ROW(n) classOf(n), classOf(n + 1), classOf(n + 2), classOf(n + 3), classOf(n + 4), \
+                  classOf(n + 5), classOf(n + 6), classOf(n + 7)
+    ZK_ROW(0), ZK_ROW(8), ZK_ROW(16), ZK_ROW(24), ZK_ROW(32), ZK_ROW(40), ZK_ROW(48), ZK_ROW(56),
+    ZK_ROW(64), ZK_ROW(72), ZK_ROW(80), ZK_ROW(88), ZK_ROW(96), ZK_ROW(104), ZK_ROW(112),
+    ZK_ROW(120),
+#undef ZK_ROW
+};
+// clang-format on
+
+UnicodeString qualifiedName(ZkName prefix, ZkName local) {
+    return ZkXmlUtil::makeQNameStr(prefix.toString(), local.toString());
+}
+
+ZkName NameCache::intern(const char16_t* text, int32_t length) {
+    if (length == 0)
+        return ZkName();
+    uint32_t hash = uint32_t(length) * 0x9E3779B1u;
+    hash = hashStep(hash, text[0]);
+    hash = hashStep(hash, text[length - 1]);
+    hash = hashStep(hash, text[length >> 1]);
+    return intern(text, length, hash);
+}
+
+ZkName NameCache::intern(const char16_t* text, int32_t length, uint32_t hash) {
+    if (length > kMaxLength)
+        return ZkName(UnicodeString(text, length));
+    if (!m_slots)
+        m_slots.reset(new Slot[kSlots]);
+    Slot& slot = m_slots[(hash ^ (hash >> 16)) & (kSlots - 1)];
+    if (slot.hash == hash && slot.length == length) {
+        // Four units at a time, then the rest.
+        int32_t i = 0;
+        for (; i + 4 <= length; i += 4) {
+            uint64_t a;
+            uint64_t b;
+            memcpy(&a, slot.text + i, 8);
+            memcpy(&b, text + i, 8);
+            if (a != b)
+                break;
+        }
+        while (i < length && slot.text[i] == text[i])
+            ++i;
+        if (i == length)
+            return slot.name;
+    }
+    ZkName name(UnicodeString(text, length));
+    slot.hash = hash;
+    slot.length = length;
+    slot.name = name.getEnum();
+    memcpy(slot.text, text, size_t(length) * 2);
+    return name;
+}
+
+UChar32 XmlScanner::peekChar() {
+    int unit = peekUnit();
+    if (unit >= 0)
+        return unit;
+    UChar32 c = readChar();
+    pushBack(c);
+    return c;
+}
+
+int XmlScanner::classify() {
+    if (m_peek >= PEEK_START_TAG)
+        return m_peek;
+    int kind;
+    int unit = peekUnit();
+    if (m_in.parserType == ZKN_text) {
+        kind = peekChar() == kEof && m_in.atEnd ? PEEK_EOF : PEEK_TEXT;
+    } else if (unit >= 0 && unit != '<' && unit != '&') {
+        kind = PEEK_TEXT; // the common case, read in place
+    } else {
+        UChar32 c = readChar();
+        if (c == '&') {
+            kind = PEEK_REFERENCE;
+        } else if (c == '<') {
+            UChar32 second = peekChar();
+            if (second == '!' || second == '/' || second == '?') {
+                readChar();
+                kind = second == '!' ? PEEK_BANG : second == '/' ? PEEK_END_TAG : PEEK_PI;
+            } else {
+                kind = PEEK_START_TAG;
+            }
+        } else if (c == kEof) {
+            if (!(m_in.atEnd && m_in.pos >= m_in.end))
+                report(kErrorInvalidCharacter, UnicodeString(), UnicodeString());
+            kind = PEEK_EOF;
+        } else {
+            pushBack(c);
+            kind = PEEK_TEXT;
+        }
+    }
+    m_peek = kind;
+    return kind;
+}
+
+bool XmlScanner::skipWhitespace() {
+    bool skipped = false;
+    InputState& in = m_in;
+    if (in.pos >= in.rawLimit) {
+        const char16_t* b = in.chars.get();
+        int32_t p = in.pos;
+        while (p < in.end && b[p] == ' ')
+            ++p;
+        if (p < in.end && b[p] > ' ') {
+            skipped = p > in.pos;
+            in.column += p - in.pos;
+            in.pos = p;
+            return skipped;
+        }
+        in.column += p - in.pos;
+        skipped = p > in.pos;
+        in.pos = p;
+    }
+    for (;;) {
+        int unit = peekUnit();
+        if (unit == ' ' || unit == '\t') {
+            ++m_in.pos;
+            ++m_in.column;
+            skipped = true;
+            continue;
+        }
+        if (unit >= 0)
+            return skipped;
+        UChar32 c = readChar();
+        if (!isSpace(c)) {
+            pushBack(c);
+            return skipped;
+        }
+        skipped = true;
+    }
+}
+
+ZkName XmlScanner::readName() {
+    InputState& in = m_in;
+    if (in.pos >= in.rawLimit && in.pos < in.end) {
+        const char16_t* b = in.chars.get();
+        int32_t p = in.pos;
+        char16_t c = b[p];
+        if (c < 0x80 && (kAsciiClass[c] & kNameStart)) {
+            int32_t q = p + 1;
+            int32_t e = in.end;
+            while (q < e && b[q] < 0x80 && (kAsciiClass[b[q]] & kNameChar))
+                ++q;
+            if (q < e && b[q] < 0x80) {
+                in.pos = q;
+                in.column += q - p;
+                // The cache compares the whole text; its slot needs only a cheap hash of the
+                // length and the ends.
+                int32_t length = q - p;
+                uint32_t hash = uint32_t(length) * 0x9E3779B1u;
+                hash = hashStep(hash, c);
+                hash = hashStep(hash, b[q - 1]);
+                hash = hashStep(hash, b[p + (length >> 1)]);
+                return m_names.intern(b + p, length, hash);
+            }
+        }
+    }
+    return readNameSlow();
+}
+
+ZkName XmlScanner::readNameSlow() {
+    m_scratch.remove();
+    UChar32 c = readChar();
+    if (c == kEof || !ZkChar::isNCNameStartChar(c)) {
+        pushBack(c);
+        return ZkName();
+    }
+    m_scratch.append(c);
+    for (;;) {
+        c = readChar();
+        if (c == kEof || !ZkChar::isNCNameChar(c)) {
+            pushBack(c);
+            break;
+        }
+        m_scratch.append(c);
+    }
+    return m_names.intern(m_scratch.getBuffer(), m_scratch.length());
+}
+
+bool XmlScanner::readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal) {
+    colonWithoutLocal = false;
+    prefix = ZkName();
+    local = readName();
+    if (local.isEmpty())
+        return false;
+    int unit = peekUnit();
+    if (unit == ':' || (unit < 0 && peekChar() == ':')) {
+        readChar();
+        prefix = local;
+        local = readName();
+        colonWithoutLocal = local.isEmpty();
+    }
+    return true;
+}
+
+void XmlScanner::scanStartTag() {
+    m_event = ZkXmlParser::START_TAG;
+    m_attributeCount = 0;
+    if (int(m_open.size()) == m_in.baseDepth && m_in.rootSeenHere) {
+        report(isHtml() ? kErrorSecondRootHtml : kErrorSecondRoot, UnicodeString(),
+               UnicodeString());
+        endDocument();
+        return;
+    }
+    if (isSpace(peekChar()))
+        report(kErrorUnexpectedWhitespace, UnicodeString(u"<"), UnicodeString());
+    ZkName prefix;
+    ZkName local;
+    bool colonOnly = false;
+    if (!readQName(prefix, local, colonOnly) || colonOnly) {
+        report(kErrorStartTagName, UnicodeString(), UnicodeString());
+        if (local.isEmpty())
+            local = prefix;
+    }
+    if (m_firstElement.isEmpty())
+        m_firstElement = local;
+    m_in.rootSeenHere = true;
+    // A hook for HTML's implied elements goes here, before the scope opens.
+    OpenElement element;
+    element.prefix = prefix;
+    element.local = local;
+    element.bindingStart = int32_t(m_bindings.size());
+    m_open.push_back(element);
+    scanAttributes();
+    scanTagEnd();
+    finishStartTag();
+}
+
+UnicodeString XmlScanner::openQName() const {
+    const OpenElement& element = m_open.back();
+    return qualifiedName(element.prefix, element.local);
+}
+
+void XmlScanner::scanAttributes() {
+    for (;;) {
+        bool spaced = skipWhitespace();
+        int unit = peekUnit();
+        UChar32 c = unit >= 0 ? unit : peekChar();
+        if (c == '>' || c == '/')
+            return;
+        if (c == kEof) {
+            report(kErrorUnclosedTag, openQName(), UnicodeString());
+            return;
+        }
+        if (!spaced && !isHtml())
+            return; // the tag end reports what stands here
+        ZkName prefix;
+        ZkName local;
+        bool colonOnly = false;
+        if (!readQName(prefix, local, colonOnly)) {
+            c = readChar();
+            report(isHtml() ? kErrorHtmlCharacter : kErrorUnexpectedCharacter, charText(c),
+                   UnicodeString());
+            continue;
+        }
+        if (colonOnly)
+            report(kErrorAttributeName, prefix.toString() + u":", UnicodeString());
+        // The common shape name="value" is taken in place; anything else goes step by step.
+        if ((unit = peekUnit()) == '=') {
+            ++m_in.pos;
+            ++m_in.column;
+            c = '=';
+        } else {
+            skipWhitespace();
+            c = readChar();
+        }
+        if (m_attributeCount == int(m_attributes.size()))
+            m_attributes.emplace_back();
+        Attribute& attribute = m_attributes[size_t(m_attributeCount)];
+        attribute.prefix = prefix;
+        attribute.local = local;
+        attribute.ns = ZkName();
+        attribute.value.remove();
+        attribute.viewStart = -1;
+        if (c != '=') {
+            pushBack(c);
+            report(kErrorMissingEquals, UnicodeString(), UnicodeString());
+        } else {
+            int quote = peekUnit();
+            if (quote == '"' || quote == '\'') {
+                ++m_in.pos;
+                ++m_in.column;
+                c = quote;
+            } else {
+                skipWhitespace();
+                c = readChar();
+            }
+            if (c == '"' || c == '\'') {
+                readValue(char16_t(c), attribute);
+            } else {
+                pushBack(c);
+                report(kErrorMissingQuote, UnicodeString(), UnicodeString());
+            }
+        }
+        ++m_attributeCount;
+        if (prefix == ZKN_xmlns) {
+            declareNamespace(local, ZkName(attributeValue(attribute)));
+            attribute.ns = ZKN_NS_XMLNS;
+        } else if (prefix.isEmpty() && local == ZKN_xmlns) {
+            declareNamespace(ZkName(), ZkName(attributeValue(attribute)));
+            attribute.ns = ZKN_NS_XMLNS;
+        }
+    }
+}
+
+void XmlScanner::scanTagEnd() {
+    UChar32 c = readChar();
+    if (c == '>')
+        return;
+    if (c == '/') {
+        bool reportedCharacter = false;
+        bool reportedSpace = false;
+        for (;;) {
+            c = readChar();
+            if (c == '>') {
+                m_emptyTag = true;
+                m_peek = PEEK_EMPTY_TAG;
+                return;
+            }
+            if (c == kEof) {
+                // Deliberately the comment's message: no code of its own exists.
+                report(146, UnicodeString(), UnicodeString());
+                return;
+            }
+            if (isSpace(c)) {
+                if (!reportedSpace) {
+                    reportedSpace = true;
+                    report(isXhtml() || isHtml() ? kErrorSlashWhitespaceXhtml
+                                                 : kErrorSlashWhitespace,
+                           UnicodeString(u"/"), UnicodeString());
+                }
+            } else if (!reportedCharacter) {
+                reportedCharacter = true;
+                report(isXhtml() || isHtml() ? kErrorSlashCharacter : kErrorUnexpectedCharacter,
+                       charText(c), UnicodeString());
+            }
+        }
+    }
+    if (c == kEof) {
+        report(kErrorUnclosedTag, openQName(), UnicodeString());
+        return;
+    }
+    if (ZkChar::isNCNameStartChar(c))
+        report(kErrorMissingWhitespace, UnicodeString(), UnicodeString());
+    else
+        report(kErrorUnexpectedCharacter, charText(c), UnicodeString());
+}
+
+void XmlScanner::finishStartTag() {
+    OpenElement& element = m_open.back();
+    bool root = !m_rootSeen;
+    if (root || (isHtml() && element.prefix.isEmpty())) {
+        // Chart, MathML and SVG roots need no declaration of their namespace.
+        ZkName implied;
+        if (element.local == ZKN_chart)
+            implied = ZKN_NS_CHARTML;
+        else if (element.local == ZKN_math)
+            implied = ZKN_NS_MATHML;
+        else if (element.local == ZKN_svg)
+            implied = ZKN_NS_SVG;
+        if (!implied.isEmpty() && element.prefix.isEmpty() && resolvePrefix(ZkName()).isEmpty())
+            declareNamespace(ZkName(), implied);
+        if ((implied == ZKN_NS_CHARTML || implied == ZKN_NS_SVG) &&
+            resolvePrefix(ZKN_xlink).isEmpty())
+            declareNamespace(ZKN_xlink, ZKN_NS_XLINK);
+    }
+    element.ns = resolvePrefix(element.prefix);
+    if (!element.prefix.isEmpty() && element.ns.isEmpty() && !isHtml() &&
+        !m_features[ZkXmlParser::FEATURE_LAX_ELEMENT_PREFIX])
+        report(kErrorUndeclaredPrefix, element.prefix.toString(), UnicodeString());
+    if (root) {
+        m_rootSeen = true;
+        m_rootNamespace = element.ns;
+    }
+    // Attribute namespaces, then duplicates by (local name, namespace).
+    bool lax = m_features[ZkXmlParser::FEATURE_LAX_ATTRIBUTE_PREFIX] || isHtml();
+    for (int i = 0; i < m_attributeCount; ++i) {
+        Attribute& attribute = m_attributes[size_t(i)];
+        if (attribute.prefix.isEmpty() || !attribute.ns.isEmpty())
+            continue;
+        attribute.ns = resolvePrefix(attribute.prefix);
+        if (attribute.ns.isEmpty()) {
+            if (lax)
+                attribute.ns = attribute.prefix;
+            else
+                report(kErrorUndeclaredPrefix, attribute.prefix.toString(), UnicodeString());
+        }
+    }
+    if (m_attributeCount <= kLinearDuplicateCheck) {
+        for (int i = 1; i < m_attributeCount; ++i) {
+            const Attribute& attribute = m_attributes[size_t(i)];
+            for (int j = 0; j < i; ++j) {
+                const Attribute& earlier = m_attributes[size_t(j)];
+                if (earlier.local == attribute.local && earlier.ns == attribute.ns)
+                    report(kErrorDuplicateAttribute,
+                           qualifiedName(attribute.prefix, attribute.local), UnicodeString());
+            }
+        }
+    } else {
+        // Many attributes: one probe each in an open-addressing table instead of a pairwise
+        // search, so 100,000 attributes cost 100,000 probes.
+        size_t capacity = 16;
+        while (capacity < size_t(m_attributeCount) * 2)
+            capacity *= 2;
+        m_attributeKeys.assign(capacity, 0);
+        for (int i = 0; i < m_attributeCount; ++i) {
+            const Attribute& attribute = m_attributes[size_t(i)];
+            // Local names are never empty, so a key is never 0, the empty slot.
+            uint64_t key = (uint64_t(uint32_t(attribute.local.getEnum())) << 32) |
+                           uint32_t(attribute.ns.getEnum());
+            size_t slot = size_t((key * 0x9E3779B97F4A7C15ull) >> 20) & (capacity - 1);
+            while (m_attributeKeys[slot] != 0 && m_attributeKeys[slot] != key)
+                slot = (slot + 1) & (capacity - 1);
+            if (m_attributeKeys[slot] == key)
+                report(kErrorDuplicateAttribute, qualifiedName(attribute.prefix, attribute.local),
+                       UnicodeString());
+            m_attributeKeys[slot] = key;
+        }
+    }
+}
+
+void XmlScanner::declareNamespace(ZkName prefix, ZkName uri) {
+    if (resolvePrefix(prefix) == uri)
+        return; // an outer scope says the same
+    auto found = m_prefixTop.find(prefix.getEnum());
+    int32_t previous = found == m_prefixTop.end() ? -1 : found->second;
+    m_prefixTop[prefix.getEnum()] = int32_t(m_bindings.size());
+    m_bindings.push_back(NsBinding{prefix, uri, previous});
+}
+
+ZkName XmlScanner::resolvePrefix(ZkName prefix) const {
+    if (prefix == ZKN_xml)
+        return ZKN_NS_XML;
+    if (prefix == ZKN_xmlns)
+        return ZKN_NS_XMLNS;
+    auto found = m_prefixTop.find(prefix.getEnum());
+    return found == m_prefixTop.end() ? ZkName() : m_bindings[size_t(found->second)].uri;
+}
+
+void XmlScanner::closeElement() {
+    if (m_open.empty())
+        return;
+    int32_t start = m_open.back().bindingStart;
+    for (int32_t i = int32_t(m_bindings.size()) - 1; i >= start; --i) {
+        const NsBinding& binding = m_bindings[size_t(i)];
+        if (binding.previous < 0)
+            m_prefixTop.erase(binding.prefix.getEnum());
+        else
+            m_prefixTop[binding.prefix.getEnum()] = binding.previous;
+    }
+    m_bindings.resize(size_t(start));
+    m_open.pop_back();
+}
+
+void XmlScanner::scanEndTag() {
+    m_event = ZkXmlParser::END_TAG;
+    if (isSpace(peekChar()))
+        report(kErrorUnexpectedWhitespace, UnicodeString(u"</"), UnicodeString());
+    ZkName prefix;
+    ZkName local;
+    bool colonOnly = false;
+    if (!readQName(prefix, local, colonOnly) || colonOnly)
+        report(kErrorEndTagName, UnicodeString(), UnicodeString());
+    if (m_open.empty() || int(m_open.size()) <= m_in.baseDepth || m_open.back().prefix != prefix ||
+        m_open.back().local != local) {
+        UnicodeString open = m_open.empty() ? UnicodeString() : openQName();
+        // A hook for HTML's end tag recovery goes here.
+        report(kErrorEndTagMismatch, qualifiedName(prefix, local), open);
+        if (m_open.empty()) {
+            // Nothing to close: what follows is read as if the tag were not there.
+            m_event = ZkXmlParser::END_DOCUMENT;
+            endDocument();
+            return;
+        }
+    }
+    skipWhitespace();
+    UChar32 c = readChar();
+    if (c == kEof && !isHtml()) {
+        // The input ends inside the tag: that is no stray character but an unclosed tag.
+        report(kErrorUnclosedTag, UnicodeString(u"</") + qualifiedName(prefix, local),
+               UnicodeString());
+    } else if (c != '>') {
+        report(kErrorHtmlCharacter, charText(c), UnicodeString());
+        while (c != '>' && c != kEof)
+            c = readChar();
+    }
+}
+
+namespace {
+
+/// The first index at or after `p` (below `e`) whose unit is not plain: below U+0020, at or
+/// above `limit`, or one of the three stops.
+inline int32_t skipPlain(const char16_t* b, int32_t p, int32_t e, char16_t limit, char16_t stop1,
+                         char16_t stop2, char16_t stop3) {
+#if defined(__SSE2__)
+    // Eight units at a time; the range test is one unsigned compare done on biased signed units.
+    const __m128i bias = _mm_set1_epi16(short(0x8000 - 0x20));
+    const __m128i top = _mm_set1_epi16(short((limit - 0x20) ^ 0x8000));
+    const __m128i s1 = _mm_set1_epi16(short(stop1));
+    const __m128i s2 = _mm_set1_epi16(short(stop2));
+    const __m128i s3 = _mm_set1_epi16(short(stop3));
+    while (e - p >= 8) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + p));
+        __m128i inRange = _mm_cmplt_epi16(_mm_add_epi16(v, bias), top);
+        __m128i stops = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(v, s1), _mm_cmpeq_epi16(v, s2)),
+                                     _mm_cmpeq_epi16(v, s3));
+        int bad = _mm_movemask_epi8(_mm_andnot_si128(stops, inRange)) ^ 0xFFFF;
+        if (bad)
+            return p + (__builtin_ctz(unsigned(bad)) >> 1);
+        p += 8;
+    }
+#endif
+    for (; p < e; ++p) {
+        char16_t c = b[p];
+        if (c < 0x20 || c >= limit || c == stop1 || c == stop2 || c == stop3)
+            break;
+    }
+    return p;
+}
+
+} // namespace
+
+void XmlScanner::readValue(char16_t quote, Attribute& attribute) {
+    // A value that lies whole in the buffer, with nothing to expand or normalise, is left there
+    // and read by the getters in place: no copy until a caller asks.
+    InputState& in = m_in;
+    if (in.pos >= in.rawLimit) {
+        const char16_t* b = in.chars.get();
+        int32_t end = skipPlain(b, in.pos, in.end, m_fastLimit, '<', '&', quote);
+        if (end < in.end && b[end] == quote) {
+            attribute.viewStart = in.pos;
+            attribute.viewLength = end - in.pos;
+            in.column += end - in.pos + 1;
+            in.pos = end + 1;
+            m_valuesInBuffer = true;
+            return;
+        }
+    }
+    readAttributeValue(quote, attribute.value);
+}
+
+void XmlScanner::scanRun(UnicodeString& target, uint16_t stops, char16_t quote, bool value) {
+    InputState& in = m_in;
+    // The stop units of the class, at most three, for the wide skip (U+0000 stops anyway).
+    char16_t stopUnits[3] = {0, 0, 0};
+    switch (stops) {
+    case kStopText:
+        stopUnits[0] = '<';
+        stopUnits[1] = '&';
+        stopUnits[2] = ']';
+        break;
+    case kStopValue:
+        stopUnits[0] = '<';
+        stopUnits[1] = '&';
+        stopUnits[2] = quote;
+        break;
+    case kStopCData:
+        stopUnits[0] = ']';
+        break;
+    case kStopComment:
+        stopUnits[0] = '-';
+        break;
+    case kStopPI:
+        stopUnits[0] = '?';
+        break;
+    default:
+        break;
+    }
+    const char16_t fastLimit = m_fastLimit;
+    while (in.pos >= in.rawLimit && in.pos < in.end) {
+        const char16_t* b = in.chars.get();
+        int32_t p = in.pos;
+        int32_t e = in.end;
+        int32_t runStart = p;
+        int32_t lineStart = p;
+        int columnBase = in.column;
+        bool replace = false;
+        for (;;) {
+            p = skipPlain(b, p, e, fastLimit, stopUnits[0], stopUnits[1], stopUnits[2]);
+            if (p >= e)
+                break;
+            char16_t c = b[p];
+            if (c == '\n') {
+                ++in.line;
+                lineStart = p + 1;
+                columnBase = 0;
+            } else if (c != '\t') {
+                break; // a stop, or U+000D and the controls, which take the slow way
+            }
+            if (value) {
+                replace = true; // in a value a tab or line feed becomes a space
+                break;
+            }
+            ++p;
+        }
+        in.column = columnBase + (p - lineStart) + (replace && b[p] == '\t' ? 1 : 0);
+        in.pos = replace ? p + 1 : p;
+        if (&target == &m_text) {
+            if (p > runStart && !appendText(b + runStart, p - runStart))
+                return;
+        } else if (p > runStart) {
+            if (target.isEmpty() && !replace && p < e && b[p] == quote)
+                target.setTo(b + runStart, p - runStart); // the whole value in one piece
+            else
+                target.append(b + runStart, p - runStart);
+        }
+        if (!replace)
+            return;
+        target.append(char16_t(' '));
+    }
+}
+
+} // namespace detail
+} // namespace ZkCommonNS
