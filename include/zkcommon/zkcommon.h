@@ -45,6 +45,7 @@
 #include "zkcommon/dom/text.h"
 
 // xml
+#include "zkcommon/xml/xmlserializer.h"
 #include "zkcommon/xml/xmlutil.h"
 
 #endif // ZKCOMMON_ZKCOMMON_H

@@ -8,9 +8,12 @@
 #include "zkcommon/core/object.h"
 #include "zkcommon/dom/node.h"
 
+#include <iosfwd>
 #include <memory>
 
 namespace ZkCommonNS {
+
+class ZkXmlSerializer;
 
 /// The document node. Its owner-document field points to itself, so that its children and its
 /// loading getters work as on any node; getOwnerDocument nevertheless answers null. It holds one
@@ -90,6 +93,54 @@ public:
     /// Stores `text` as a URI; an empty text clears the base URI.
     void setBaseUri(const UnicodeString& text);
 
+    // --- saving -------------------------------------------------------------------------------
+
+    /// The serializer that saving writes through, made on first use.
+    ZkXmlSerializer* getSerializer();
+    ZkXmlSerializer* getSerializer() const;
+    /// Replaces the serializer (the document takes a reference); null drops it.
+    void setSerializer(ZkXmlSerializer* serializer);
+
+    /// Writes `root` (the document when null) as a whole document into the file `path`.
+    /// `encoding` and `standalone` go to the serializer's setOutput. Throws ZkError 67 when the
+    /// file can't be opened, 18 for a node kind that can't be written, 69 or 71 when the output
+    /// fails; after a failure the serializer is dropped.
+    void save(const UnicodeString& path, ZkNode* root = nullptr,
+              const UnicodeString& encoding = UnicodeString(u"UTF-8"),
+              const UnicodeString& standalone = UnicodeString());
+    /// The same into `out`.
+    void save(std::ostream& out, ZkNode* root = nullptr,
+              const UnicodeString& encoding = UnicodeString(u"UTF-8"),
+              const UnicodeString& standalone = UnicodeString());
+    /// The same with a comment and a document type declaration (each written when not empty)
+    /// after the XML declaration.
+    void save(const UnicodeString& comment, const UnicodeString& doctype, std::ostream& out,
+              ZkNode* root = nullptr, const UnicodeString& encoding = UnicodeString(u"UTF-8"),
+              const UnicodeString& standalone = UnicodeString());
+    /// `root` (the document when null) as XML text. Only the document itself gets an XML
+    /// declaration. Errors as for save.
+    UnicodeString saveXml(ZkNode* root = nullptr);
+
+    /// Streaming save: opens the output and writes the document element's start tag with its
+    /// attributes. Throws ZkError 3 when there is no document element; errors of the output
+    /// leave the serializer in place.
+    void saveDocumentElement(const UnicodeString& path);
+    void saveDocumentElement(std::ostream& out);
+    /// Writes the whole element `node` into the open streaming save; null writes nothing.
+    void saveChildElement(ZkNode* node);
+    /// Closes the document element and the output of the streaming save.
+    void closeDocumentElement();
+
+    /// Walks `root` under the document lock and drives the serializer. With `startTagOnly` the
+    /// walk ends after the first start tag. A `callback` writes the attributes of each element
+    /// in place of saveAttributes. Throws ZkError 18 for a node kind that can't be written.
+    void doSave(ZkNode* root, bool startTagOnly, void (*callback)(ZkNode*, const void*),
+                const void* data);
+    /// Writes the attributes of `node` by the type of their values: Null and object values are
+    /// left out, a compound writes one attribute per entry ("name.entry"), a colour its colour
+    /// text, everything else its value text.
+    void saveAttributes(ZkNode* node);
+
     /// The shared name table on which the document holds a reference.
     ZkNameTable* getNameTable() const { return m_nameTable; }
 
@@ -116,10 +167,12 @@ private:
     ZkNode* openParent() const;
     ZkNode* loadStartTag(ZkNode* open);
     void loadXInclude(ZkElement* element);
+    template <class Steps> void saveGuarded(Steps steps);
 
     ZkLock m_lock;
     ZkNameTable* m_nameTable;
     std::unique_ptr<ZkLoadEventSource> m_source;
+    ZkPtr<ZkXmlSerializer> m_serializer;
     UnicodeString m_baseUri;
     UnicodeString m_documentUri;
     ZkNode* m_lastLoadingNode;
