@@ -45,6 +45,8 @@
 #include "zkcommon/dom/text.h"
 
 // xml
+#include "zkcommon/xml/xmlloadsource.h"
+#include "zkcommon/xml/xmlparser.h"
 #include "zkcommon/xml/xmlserializer.h"
 #include "zkcommon/xml/xmlutil.h"
 

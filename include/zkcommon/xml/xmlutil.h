@@ -4,9 +4,13 @@
 
 #include "zkcommon/core/export.h"
 #include "zkcommon/core/name.h"
+#include "zkcommon/core/object.h"
 #include "zkcommon/core/unicode.h"
+#include "zkcommon/io/uri.h"
 
 namespace ZkCommonNS {
+
+class ZkXmlParser;
 
 /// Static helpers of the XML subsystem. None of them throws.
 class ZKCOMMON_API ZkXmlUtil {
@@ -27,6 +31,10 @@ public:
     static ZkName getLocalPartFromQName(ZkName qname);
     /// The position of the colon that splits `qname`, or -1 (none, or a leading colon).
     static int32_t findQNameColon(const UnicodeString& qname);
+
+    // Parser factory.
+    /// A new ZkXmlParserImpl, the library's own parser; `info`, when given, is copied.
+    static ZkPtr<ZkXmlParser> createXmlParser(const ZkUri::ContentInfo* info = nullptr);
 };
 
 } // namespace ZkCommonNS
