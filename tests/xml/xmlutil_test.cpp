@@ -49,3 +49,24 @@ TEST(XmlUtil, SplitQName) {
                   test.local);
     }
 }
+
+TEST(XmlUtil, EscapeXmpUserDefinedKey) {
+    // clang-format off
+    struct Case { const char16_t* key; const char16_t* expected; } cases[] = {
+        {u"name", u"name"},
+        {u"a b", u"a\u21820020b"},
+        {u"1st", u"\u21820031st"},
+        {u"a1-.\u00B7\u0301", u"a1-.\u00B7\u0301"},
+        {u"-a", u"\u2182002Da"},
+        {u"p:q", u"p\u2182003Aq"},
+        {u"\u2182", u"\u21822182"},
+        {u"x\U000F0000", u"x\u2182DB80\u2182DC00"},
+        {u"\U00010000", u"\U00010000"},
+        {u"", u""},
+    };
+    // clang-format on
+    for (const Case& test : cases) {
+        SCOPED_TRACE(utf8(test.key));
+        EXPECT_EQ(utf8(ZkXmlUtil::escapeXmpUserDefinedKey(test.key)), utf8(test.expected));
+    }
+}

@@ -11,6 +11,7 @@
 namespace ZkCommonNS {
 
 class ZkXmlParser;
+class ZkXmlSerializer;
 
 /// Static helpers of the XML subsystem. None of them throws.
 class ZKCOMMON_API ZkXmlUtil {
@@ -35,6 +36,14 @@ public:
     // Parser factory.
     /// A new ZkXmlParserImpl, the library's own parser; `info`, when given, is copied.
     static ZkPtr<ZkXmlParser> createXmlParser(const ZkUri::ContentInfo* info = nullptr);
+
+    // Serializer factory and XMP property names.
+    /// A new ZkXmlSerializerImpl.
+    static ZkPtr<ZkXmlSerializer> createXmlSerializer();
+    /// `key` made valid as an XMP property name: every UTF-16 unit of a character that can't
+    /// stand at its place in a name (":" and U+2182 never can) becomes U+2182 ROMAN NUMERAL TEN
+    /// THOUSAND followed by the unit in four upper-case hexadecimal digits.
+    static UnicodeString escapeXmpUserDefinedKey(const UnicodeString& key);
 };
 
 } // namespace ZkCommonNS
