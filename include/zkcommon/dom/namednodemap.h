@@ -7,6 +7,7 @@
 #include "zkcommon/core/object.h"
 #include "zkcommon/dom/nodelist.h"
 
+#include <cstddef>
 #include <map>
 #include <utility>
 #include <vector>
@@ -43,6 +44,9 @@ class ZKCOMMON_API AttrNodeMap : public ZkNamedNodeMap {
 
 public:
     explicit AttrNodeMap(ZkElement* owner);
+    /// Every element has a map: they come from the same pool of small blocks as nodes.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block, std::size_t size) noexcept;
     ~AttrNodeMap() override;
     AttrNodeMap(const AttrNodeMap&) = delete;
     AttrNodeMap& operator=(const AttrNodeMap&) = delete;
