@@ -1,0 +1,326 @@
+// The state of ZkXmlParserImpl: the layered character reader, the event engine and the tag and
+// content scanner. The reader is in xmlreader.cpp, the decoders in xmldecoders.cpp, the events
+// and getters in xmlevents.cpp, tags in xmltags.cpp, content in xmlcontent.cpp and the message
+// table in xmlmessages.cpp.
+#ifndef ZKCOMMON_SRC_XML_XMLSCANNER_H
+#define ZKCOMMON_SRC_XML_XMLSCANNER_H
+
+#include "zkcommon/core/error.h"
+#include "zkcommon/core/name.h"
+#include "zkcommon/xml/xmlparser.h"
+
+#include <cstdint>
+#include <deque>
+#include <istream>
+#include <memory>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace ZkCommonNS {
+namespace detail {
+
+/// The end-of-input sentinel of every reading level.
+constexpr UChar32 kEof = 0xFFFF;
+/// Follows the replacement text of an entity pushed back into the input; the reader drops it
+/// and closes the entity's expansion.
+constexpr char16_t kExpansionEnd = 0xFFFE;
+
+/// Classes of the ASCII units for the scanner's loops.
+enum AsciiClass : uint8_t {
+    kNameStart = 1,
+    kNameChar = 2,
+    kStopText = 4,     ///< "<", "&", "]"
+    kStopCData = 8,    ///< "]"
+    kStopComment = 16, ///< "-"
+    kStopPI = 32,      ///< "?"
+    kStopValue = 64,   ///< "<", "&"
+};
+extern const uint8_t kAsciiClass[128];
+
+/// The qualified name as text.
+UnicodeString qualifiedName(ZkName prefix, ZkName local);
+
+/// What the classifier saw ahead; 0 to 2 are not classes (see XmlScanner::m_peek).
+enum PeekKind : int {
+    PEEK_NONE = 0,
+    PEEK_COMPOSING = 1,
+    PEEK_EMPTY_TAG = 2,
+    PEEK_START_TAG = 3,
+    PEEK_END_TAG = 4,
+    PEEK_TEXT = 5,
+    PEEK_REFERENCE = 6,
+    PEEK_PI = 7,
+    PEEK_BANG = 8,
+    PEEK_EOF = 9
+};
+
+/// Literal modes of readLiteral.
+enum LiteralMode : int {
+    LITERAL_PLAIN = 0,     ///< declaration values, public and system identifiers
+    LITERAL_ATTRIBUTE = 1, ///< attribute values: references expanded
+    LITERAL_ENTITY = 2,    ///< entity values: character references expanded
+    LITERAL_HTML_NAME = 3, ///< an HTML attribute name without quotes
+    LITERAL_VERBATIM = 4   ///< quotes kept on the result
+};
+
+/// Decodes `length` bytes at `source` into UTF-16 at `target` (room for `capacity` units, at
+/// least 2). Stops before an incomplete sequence unless `atEnd`, and after `maxChars` code
+/// points. Returns the units written; `consumed` gets the bytes used.
+using Decoder = int32_t (*)(const uint8_t* source, int32_t length, bool atEnd, char16_t* target,
+                            int32_t capacity, int32_t maxChars, int32_t& consumed);
+/// The decoder of a built-in encoding name; the byte decoder for any other.
+Decoder getDecoder(ZkNameEnum encoding);
+
+/// One input: the stream and everything read ahead of the scanner. Saved whole as an input
+/// frame when another input is pushed in front of it.
+struct InputState {
+    std::istream* stream = nullptr;           ///< current stream, may be `conversion`
+    std::istream* underlying = nullptr;       ///< the stream as opened or given
+    std::unique_ptr<std::istream> conversion; ///< a decoding stream over `underlying`
+    bool ownsUnderlying = false;
+    bool stringFrame = false;
+    bool atEnd = false;  ///< the stream reported its end
+    bool careful = true; ///< decode one character per read while the encoding may change
+    bool bomSeen = false;
+    bool rootSeenHere = false;
+    ZkNameEnum encodingId = ZKN_EMPTY;
+    UnicodeString encodingName;
+    Decoder decoder = nullptr;
+    ZkName parserType;
+    ZkName effectiveType;
+    UnicodeString inputUri;
+    UnicodeString baseUri;
+    int baseDepth = 0;
+    int line = -1;
+    int column = -1;
+    /// Decoded UTF-16 read ahead; [pos, end) is unread. Units before `rawLimit` were pushed
+    /// back: they are read again without line-end handling, checks or counting.
+    std::unique_ptr<char16_t[]> chars;
+    int32_t charCapacity = 0;
+    int32_t pos = 0;
+    int32_t end = 0;
+    int32_t rawLimit = 0;
+    /// Bytes read from the stream and not yet decoded.
+    std::unique_ptr<uint8_t[]> bytes;
+    int32_t byteCapacity = 0;
+    int32_t bytePos = 0;
+    int32_t byteEnd = 0;
+};
+
+struct Attribute {
+    ZkName prefix;
+    ZkName local;
+    ZkName ns;
+    UnicodeString value;
+};
+
+struct OpenElement {
+    ZkName prefix;
+    ZkName local;
+    ZkName ns;
+    int32_t bindingStart; ///< first namespace binding made by this element
+};
+
+struct NsBinding {
+    ZkName prefix;
+    ZkName uri;
+    int32_t previous; ///< the binding of the same prefix that this one hides, or -1
+};
+
+/// Interns names read from the buffer without building a string for names seen before.
+class NameCache {
+public:
+    ZkName intern(const char16_t* text, int32_t length);
+
+private:
+    static constexpr int kSlots = 4096;
+    static constexpr int kMaxLength = 48;
+    struct Slot {
+        uint32_t hash = 0;
+        int32_t length = -1;
+        ZkNameEnum name = ZKN_EMPTY;
+        char16_t text[kMaxLength];
+    };
+    std::unique_ptr<Slot[]> m_slots;
+};
+
+class XmlScanner {
+public:
+    XmlScanner(ZkXmlParserImpl& owner, const ZkUri::ContentInfo* info);
+    ~XmlScanner();
+
+    // ---- input (xmlreader.cpp)
+    void reset();
+    void closeStream();
+    void openUri(ZkUri& uri, const UnicodeString& encoding, const UnicodeString& baseUri);
+    void openStream(std::istream& in, const UnicodeString& encoding, const UnicodeString& baseUri);
+    void probe();
+    void rewind();
+    void pushStream(const UnicodeString& uri, ZkName parserType, const UnicodeString& encoding);
+    bool popFrame();
+    /// Sniffs signature and first bytes; `force` says the stream is text.
+    void sniff(bool force);
+    void changeEncoding(const UnicodeString& name);
+    void setDecoder(ZkNameEnum id, const UnicodeString& name);
+    /// Decodes more input into the buffer; false at the end of the stream.
+    bool fill();
+    int32_t readBytes(uint8_t* target, int32_t capacity);
+    UChar32 readCharSlow();
+    UChar32 readChar() {
+        InputState& in = m_in;
+        if (in.pos < in.end && in.pos >= in.rawLimit) {
+            char16_t c = in.chars[in.pos];
+            if (c >= 0x20 && c < m_fastLimit) {
+                ++in.pos;
+                ++in.column;
+                return c;
+            }
+        }
+        return readCharSlow();
+    }
+    /// Puts characters back in front of the input; they are read again as they stand.
+    void pushBack(UChar32 c);
+    void pushBackText(const UnicodeString& text);
+    void pushBackText(const char16_t* text, int32_t length);
+    /// Guarantees `count` unread units in the buffer unless the input ends first.
+    bool ensure(int32_t count);
+    UChar32 validate(UChar32 c);
+    bool isXml11() const { return m_xml11; }
+    void setXml11(bool xml11);
+
+    // ---- events (xmlevents.cpp)
+    int nextToken();
+    int next();
+    void startDocument();
+    void endDocument();
+    void dispatch(int kind);
+    UnicodeString positionDescription() const;
+    void report(unsigned short code, const UnicodeString& arg1, const UnicodeString& arg2);
+    const UnicodeString& text() const;
+    /// Appends under the huge-text gate; false when the text is over the limit and was dropped.
+    bool appendText(const char16_t* text, int32_t length);
+    bool appendChar(UChar32 c);
+    void checkTextLimit(int32_t adding);
+    bool isHtml() const;
+    bool isXhtml() const;
+    bool inRawText() const { return false; } // script and style come with HTML syntax
+
+    // ---- tags (xmltags.cpp)
+    int classify();
+    /// The next unit when it can be read in place (no pushback, no check); else -1.
+    int peekUnit() const;
+    UChar32 peekChar();
+    ZkName readName();
+    ZkName readNameSlow();
+    /// Reads prefix:local; false with nothing read.
+    bool readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal);
+    /// True when white space was skipped.
+    bool skipWhitespace();
+    void scanStartTag();
+    void scanAttributes();
+    void scanTagEnd();
+    void finishStartTag();
+    void scanEndTag();
+    void closeElement();
+    UnicodeString openQName() const;
+    void declareNamespace(ZkName prefix, ZkName uri);
+    ZkName resolvePrefix(ZkName prefix) const;
+    /// Appends the run of plain characters at the read position to `target`, stopping before
+    /// a character of class `stops`, before `quote`, and before anything that needs the slow
+    /// reader; with `value`, tabs and line feeds become spaces.
+    void scanRun(UnicodeString& target, uint8_t stops, char16_t quote, bool value);
+    void readLiteral(LiteralMode mode, UnicodeString& out);
+    void readAttributeValue(char16_t quote, UnicodeString& out);
+    /// After "&#": the code point, or with `ok` false after a report.
+    UChar32 readCharReference(UnicodeString& digits, bool& ok);
+    /// After "&": reads a reference into `out` (attribute context) or sets up ENTITY_REF.
+    void readReference(UnicodeString* out);
+    void reportUndefined(ZkName name);
+    void expandInto(ZkName name, const UnicodeString& replacement, UnicodeString& out);
+
+    // ---- content (xmlcontent.cpp)
+    void scanText();
+    void scanCData();
+    void scanComment();
+    void scanProcessingInstruction();
+    void takeOwnText(int32_t start, bool trim);
+    void readDeclarationValue(const char16_t* name, UnicodeString& value);
+    void scanXmlDeclaration();
+    void applyDeclaredEncoding(const UnicodeString& value);
+    bool readTextDeclaration();
+    void scanBang();
+    void scanDoctype();
+    void readExternalId();
+    void skipInternalSubset();
+
+    ZkXmlParserImpl& m_owner;
+
+    // Features and policy.
+    bool m_features[ZkXmlParser::kFeatureCount] = {};
+    int m_hugeTextLimit = ZkXmlParserImpl::kDefaultHugeTextLimit;
+    ZkName m_parserType;
+    ZkName m_defaultType;
+    UnicodeString m_htmlDefaultCharset;
+    UnicodeString m_contentType;
+    UnicodeString m_extension;
+    UnicodeString m_language;
+    UnicodeString m_pubid;
+    UnicodeString m_systemId;
+    bool m_autoClose = true;
+    std::unique_ptr<ZkUri::ContentInfo> m_info;
+
+    // Input.
+    InputState m_in;
+    std::vector<InputState> m_frames;
+    char16_t m_fastLimit = 0xD800; ///< units from 0x20 below this need no check
+    bool m_xml11 = false;
+
+    // Event.
+    int m_event = ZkXmlParser::START_DOCUMENT;
+    int m_peek = PEEK_NONE;
+    bool m_hasXmlDecl = false;
+    bool m_doctypeSeen = false;
+    bool m_rootSeen = false;
+    bool m_emptyTag = false;
+    ZkName m_firstElement;
+    ZkName m_rootNamespace;
+    ZkName m_entityName;
+    ZkName m_target;
+    int m_eventLine = -1;
+    int m_eventColumn = -1;
+    std::vector<Attribute> m_attributes;
+    int m_attributeCount = 0;
+    std::unordered_set<uint64_t> m_attributeKeys;
+    std::vector<OpenElement> m_open;
+    std::vector<NsBinding> m_bindings;
+    std::unordered_map<int32_t, int32_t> m_prefixTop; ///< prefix -> innermost binding
+    ZkName m_elementPrefix;
+    ZkName m_elementName;
+    ZkName m_elementNs;
+    UnicodeString m_text;
+    int32_t m_mark = 0;
+    mutable UnicodeString m_cachedText;
+    mutable bool m_cachedValid = false;
+    UnicodeString m_ownText; ///< text of comments, instructions and DOCTYPE
+    bool m_useOwnText = false;
+    UnicodeString m_scratch;
+    NameCache m_names;
+
+    // Entities: the general table holds the five predefined ones and the caller's additions.
+    std::unordered_map<int32_t, UnicodeString> m_entities;
+    std::unordered_set<int32_t> m_reportedEntities;
+    /// Expansions in progress in the pushed-back text: the entity and the unread length of the
+    /// buffer below which its text ends. A reference to an entity in this list is a loop.
+    std::vector<std::pair<ZkName, int64_t>> m_expanding;
+
+    // Errors.
+    ZkXmlParser::ErrorCallback m_callback = nullptr;
+    void* m_callbackData = nullptr;
+    std::deque<ZkError> m_errors;
+};
+
+} // namespace detail
+} // namespace ZkCommonNS
+
+#endif // ZKCOMMON_SRC_XML_XMLSCANNER_H

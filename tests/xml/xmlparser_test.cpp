@@ -1,0 +1,352 @@
+// The pull parser: event sequences, the two reporting routes, line ends and positions,
+// decoders and encoding changes, namespaces, entities, limits and the loader adapter.
+#include "support.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+#include <zkcommon/dom/document.h>
+#include <zkcommon/dom/element.h>
+#include <zkcommon/values/value.h>
+#include <zkcommon/xml/xmlloadsource.h>
+#include <zkcommon/xml/xmlparser.h>
+
+using namespace ZkCommonNS;
+
+namespace {
+
+/// The bytes of a literal, inner NULs included.
+template <size_t N> std::string bytes(const char (&text)[N]) {
+    return std::string(text, N - 1);
+}
+
+ZkPtr<ZkXmlParser> open(std::istringstream& in, const std::string& input) {
+    in.str(input);
+    ZkPtr<ZkXmlParser> parser = ZkXmlParser::createXmlParser();
+    parser->setInput(in, UnicodeString(), UnicodeString());
+    return parser;
+}
+
+/// The events of a whole parse, one word each, with the text or name behind a colon.
+std::string events(ZkXmlParser& parser, bool tokens) {
+    std::string out;
+    for (int guard = 0; guard < 10000; ++guard) {
+        int event = tokens ? parser.nextToken() : parser.next();
+        if (event == ZkXmlParser::END_DOCUMENT)
+            break;
+        if (!out.empty())
+            out += " ";
+        out += utf8(ZkXmlParser::getEventName(event));
+        if (event == ZkXmlParser::START_TAG || event == ZkXmlParser::END_TAG)
+            out += ":" + utf8(parser.getName().toString());
+        else
+            out += ":" + utf8(parser.getText());
+    }
+    return out;
+}
+
+std::string events(const std::string& input, bool tokens = false) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, input);
+    return events(*parser, tokens);
+}
+
+} // namespace
+
+TEST(XmlParser, NextMergesWhatNextTokenSplits) {
+    EXPECT_EQ("START_TAG:r TEXT:ab END_TAG:r", events("<r>a<!-- c -->b</r>"));
+    EXPECT_EQ("START_TAG:r TEXT:a COMMENT: c  TEXT:b END_TAG:r",
+              events("<r>a<!-- c -->b</r>", true));
+    EXPECT_EQ("START_TAG:r TEXT:x<y&z END_TAG:r", events("<r>x&lt;y<![CDATA[&]]>z</r>"));
+    EXPECT_EQ("START_TAG:r TEXT:x ENTITY_REF:&#60; TEXT:y CDSECT:& TEXT:z END_TAG:r",
+              events("<r>x&lt;y<![CDATA[&]]>z</r>", true));
+    EXPECT_EQ("START_TAG:r TEXT:AB END_TAG:r", events("<r>&#x41;&#66;</r>"));
+    EXPECT_EQ("IGNORABLE_WHITESPACE:\n PROCESSING_INSTRUCTION:d START_TAG:r END_TAG:r",
+              events("\n<?p d ?><r/>", true));
+}
+
+TEST(XmlParser, ReportPIStopsNextAtInstructions) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, "<r>a<?p d?>b</r>");
+    parser->setFeature(ZkXmlParser::FEATURE_REPORT_PI, true);
+    EXPECT_EQ("START_TAG:r TEXT:a PROCESSING_INSTRUCTION:d TEXT:b END_TAG:r",
+              events(*parser, false));
+    EXPECT_EQ("START_TAG:r TEXT:ab END_TAG:r", events("<r>a<?p d?>b</r>"));
+}
+
+TEST(XmlParser, WithoutCallbackFatalThrowsAndTheRestQueues) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, "<r><!-- a -- b --><x/></r>");
+    EXPECT_EQ("START_TAG:r START_TAG:x END_TAG:x END_TAG:r", events(*parser, false));
+    ZkError error;
+    ASSERT_TRUE(parser->popError(error));
+    EXPECT_EQ(771, error.getErrorCode());
+    EXPECT_EQ("Unexpected character '--' in comment\nCOMMENT, Line 1, Col 12.",
+              utf8(error.getRawMessage()));
+    EXPECT_FALSE(parser->popError(error));
+
+    // An undefined entity is fatal without a callback: 515 becomes its twin 158.
+    std::istringstream in2;
+    parser = open(in2, "<r>&u;</r>");
+    try {
+        events(*parser, false);
+        FAIL() << "no error";
+    } catch (const ZkError& thrown) {
+        EXPECT_EQ(158, thrown.getErrorCode());
+        EXPECT_EQ("Reference to undefined entity: &u;\nENTITY_REF, Line 1, Col 6.",
+                  utf8(thrown.getRawMessage()));
+        EXPECT_EQ(1, thrown.getLineNumber());
+    }
+    parser->setFeature(ZkXmlParser::FEATURE_NO_POSITION, true);
+    std::istringstream in3("<a></b>");
+    parser->setInput(in3, UnicodeString(), UnicodeString());
+    try {
+        events(*parser, false);
+        FAIL() << "no error";
+    } catch (const ZkError& thrown) {
+        EXPECT_EQ("End tag </b> does not match the start tag <a>.", utf8(thrown.getRawMessage()));
+        EXPECT_EQ(-1, thrown.getLineNumber());
+    }
+}
+
+namespace {
+void countCalls(const ZkError&, void* calls) {
+    ++*static_cast<int*>(calls);
+}
+} // namespace
+
+TEST(XmlParser, CallbackEndsNextButNotNextToken) {
+    int calls = 0;
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, "<a><b></a>");
+    parser->setCallbackError(countCalls, &calls);
+    EXPECT_EQ("START_TAG:a START_TAG:b", events(*parser, false));
+    EXPECT_EQ(1, calls);
+    std::istringstream in2("<a><b></a>");
+    parser->setInput(in2, UnicodeString(), UnicodeString());
+    parser->nextToken();
+    parser->nextToken();
+    try {
+        parser->nextToken();
+        FAIL() << "no error";
+    } catch (const ZkError& thrown) {
+        EXPECT_EQ(128, thrown.getErrorCode());
+    }
+    EXPECT_EQ(2, calls);
+    // The parser takes a new input after any failure.
+    std::istringstream in3("<c/>");
+    parser->setInput(in3, UnicodeString(), UnicodeString());
+    EXPECT_EQ("START_TAG:c END_TAG:c", events(*parser, false));
+}
+
+TEST(XmlParser, GettersOutsideTheirState) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, "<r a='1'>t</r>");
+    EXPECT_EQ(-1, parser->getAttributeCount());
+    EXPECT_THROW(parser->getAttributeValue(0), ZkError);
+    EXPECT_THROW(parser->isEmptyElementTag(), ZkError);
+    EXPECT_THROW(parser->isWhitespace(), ZkError);
+    EXPECT_EQ(ZkXmlParser::START_TAG, parser->next());
+    EXPECT_EQ(1, parser->getAttributeCount());
+    EXPECT_EQ("1", utf8(parser->getAttributeValue(0)));
+    EXPECT_EQ("1", utf8(parser->getAttributeValue(ZkName(), ZkName(u"a"))));
+    EXPECT_TRUE(parser->getAttributeValue(ZkName(), ZkName(u"b")).isBogus());
+    EXPECT_THROW(parser->getAttributeName(1), ZkError);
+    EXPECT_THROW(parser->getAttributeName(-1), ZkError);
+    EXPECT_FALSE(parser->isEmptyElementTag());
+    EXPECT_EQ(ZkXmlParser::TEXT, parser->next());
+    EXPECT_FALSE(parser->isWhitespace());
+    EXPECT_EQ(-1, parser->getAttributeCount());
+    EXPECT_EQ("TEXT, Line 1, Col 12.", utf8(parser->getPositionDescription()));
+}
+
+TEST(XmlParser, LineEndsCountOneLineEach) {
+    // CR LF, CR NEL and a lone CR are one line end each; under XML 1.0 LINE SEPARATOR is none.
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, "<r>a\r\nb\r\xC2\x85"
+                                         "c\rd\xE2\x80\xA8</r>");
+    ASSERT_EQ(ZkXmlParser::START_TAG, parser->next());
+    ASSERT_EQ(ZkXmlParser::TEXT, parser->next());
+    EXPECT_EQ(utf8(UnicodeString(u"a\nb\nc\nd\u2028")), utf8(parser->getText()));
+    EXPECT_EQ(4, parser->getLineNumber());
+    std::istringstream in11;
+    parser = open(in11, "<?xml version='1.1'?><r>a\xC2\x85"
+                        "b\xE2\x80\xA8</r>");
+    ASSERT_EQ(ZkXmlParser::START_TAG, parser->next());
+    ASSERT_EQ(ZkXmlParser::TEXT, parser->next());
+    EXPECT_EQ("a\nb\n", utf8(parser->getText()));
+    EXPECT_EQ(3, parser->getLineNumber());
+}
+
+TEST(XmlParser, DecodersAndSignatures) {
+    struct Case {
+        std::string bytes;
+        const char16_t* text;
+        const char* encoding;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {bytes("\xFF\xFE<\0r\0>\0\xE9\0<\0/\0r\0>\0"), u"\u00E9", "UTF-16"},
+        {bytes("<\0r\0>\0\xE9\0<\0/\0r\0>\0"), u"\u00E9", "UTF-16LE"},
+        {bytes("\0<\0r\0>\xD8\x3D\xDE\x00\0<\0/\0r\0>"), u"\U0001F600", "UTF-16BE"},
+        {bytes("\0\0\0<\0\0\0r\0\0\0>\0\x01\xF6\0\0\0\0<\0\0\0/\0\0\0r\0\0\0>"), u"\U0001F600", "UTF-32BE"},
+        {"<?xml version='1.0' encoding='ISO-8859-2'?><r>\xA1\xFF</r>", u"\u0104\u02D9", "ISO-8859-2"},
+        {"<?xml version='1.0' encoding='latin1'?><r>\xE9</r>", u"\u00E9", "ISO-8859-1"},
+        {"<?xml version='1.0' encoding='ISO-8859-8'?><r>\xE0\xFF</r>", u"\u05D0\u00FF", "ISO-8859-8"},
+        {"<?xml version='1.0' encoding='Shift_JIS'?><r>\x82\xA0</r>", u"\u3042", "WINDOWS31J"},
+        {"<r>\xC3\xA9\xFF\xE2\x82</r>", u"\u00E9\uFFFD\uFFFD", "UTF-8"},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.encoding);
+        std::istringstream in;
+        ZkPtr<ZkXmlParser> parser = open(in, c.bytes);
+        ASSERT_EQ(ZkXmlParser::START_TAG, parser->next());
+        ASSERT_EQ(ZkXmlParser::TEXT, parser->next());
+        EXPECT_EQ(utf8(UnicodeString(c.text)), utf8(parser->getText()));
+        EXPECT_EQ(c.encoding, utf8(parser->getInputEncoding()));
+    }
+}
+
+TEST(XmlParser, EncodingFeatures) {
+    const std::string input = "<?xml version='1.0' encoding='Shift_JIS'?><r/>";
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, input);
+    parser->setFeature(ZkXmlParser::FEATURE_STRICT_ENCODING, true);
+    try {
+        parser->next();
+        FAIL() << "no error";
+    } catch (const ZkError& error) {
+        EXPECT_EQ(181, error.getErrorCode());
+    }
+    std::istringstream in2;
+    parser = open(in2, "<?xml version='1.0' encoding='x-unknown'?><r>\xE9</r>");
+    parser->setFeature(ZkXmlParser::FEATURE_LAX_UNKNOWN_ENCODING, true);
+    EXPECT_EQ("START_TAG:r TEXT:\xEF\xBF\xBD END_TAG:r", events(*parser, false));
+    // A sniffed unit size stays whatever the declaration says.
+    std::string utf16 = bytes("<\0?\0x\0m\0l\0 \0v\0e\0r\0s\0i\0o\0n\0=\0'\0"
+                              "1\0.\0"
+                              "0\0'\0 \0"
+                              "e\0n\0c\0o\0d\0i\0n\0g\0=\0'\0l\0a\0t\0i\0n\0"
+                              "1\0'\0?\0>\0<\0r\0/\0>\0");
+    std::istringstream in3;
+    parser = open(in3, utf16);
+    EXPECT_EQ("START_TAG:r END_TAG:r", events(*parser, false));
+    EXPECT_EQ("UTF-16LE", utf8(parser->getInputEncoding()));
+}
+
+TEST(XmlParser, HugeTextLimit) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, "<r>1234567</r>");
+    parser->setHugeTextLimit(5);
+    EXPECT_THROW(events(*parser, false), ZkError);
+    std::istringstream in2("<r>123456</r>");
+    parser->setHugeTextLimit(0);
+    parser->setInput(in2, UnicodeString(), UnicodeString());
+    EXPECT_EQ("START_TAG:r TEXT:123456 END_TAG:r", events(*parser, false));
+    // Comments have a limit of their own, at least 100000000.
+    std::istringstream in3("<r><!--123456--></r>");
+    parser->setHugeTextLimit(5);
+    parser->setInput(in3, UnicodeString(), UnicodeString());
+    EXPECT_EQ("START_TAG:r COMMENT:123456 END_TAG:r", events(*parser, true));
+}
+
+TEST(XmlParser, NamespacesAndImpliedOnes) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser =
+        open(in, "<svg><p:a xmlns:p='u' p:x='1' y='2'><b xmlns=''/></p:a></svg>");
+    ASSERT_EQ(ZkXmlParser::START_TAG, parser->next());
+    EXPECT_EQ(ZKN_NS_SVG, parser->getNamespace());
+    EXPECT_EQ(ZKN_NS_XLINK, parser->getNamespace(ZKN_xlink));
+    ASSERT_EQ(ZkXmlParser::START_TAG, parser->next());
+    EXPECT_EQ(ZkName(u"u"), parser->getNamespace());
+    EXPECT_EQ(ZkName(u"p"), parser->getPrefix());
+    EXPECT_EQ("1", utf8(parser->getAttributeValue(ZkName(u"u"), ZkName(u"x"))));
+    EXPECT_EQ("2", utf8(parser->getAttributeValue(ZkName(), ZkName(u"y"))));
+    EXPECT_EQ(ZkName(u"u"), parser->getAttributeNamespace(1));
+    EXPECT_EQ(ZKN_NS_XMLNS, parser->getAttributeNamespace(0));
+    EXPECT_EQ(2, parser->getDepth());
+    ASSERT_EQ(ZkXmlParser::START_TAG, parser->next());
+    EXPECT_EQ(ZkName(), parser->getNamespace());
+    ASSERT_EQ(ZkXmlParser::END_TAG, parser->next());
+    ASSERT_EQ(ZkXmlParser::END_TAG, parser->next());
+    ASSERT_EQ(ZkXmlParser::END_TAG, parser->next());
+    EXPECT_EQ(ZKN_NS_SVG, parser->getNamespace());
+    EXPECT_EQ(ZkName(), parser->getNamespace(ZkName(u"p")));
+    // The same local name in one namespace under two prefixes is a duplicate.
+    std::istringstream in2;
+    parser = open(in2, "<a xmlns:p='u' p:b='1' xmlns:q='u' q:b='2'/>");
+    try {
+        parser->next();
+        FAIL() << "no error";
+    } catch (const ZkError& error) {
+        EXPECT_EQ(136, error.getErrorCode());
+    }
+}
+
+TEST(XmlParser, EntitiesExpandAndLoopsStop) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, "<r a='[&e;]'/>");
+    parser->defineEntityReplacementText(ZkName(u"e"), u"x&amp;\ty");
+    ASSERT_EQ(ZkXmlParser::START_TAG, parser->next());
+    EXPECT_EQ("[x& y]", utf8(parser->getAttributeValue(0)));
+    std::istringstream in2;
+    parser = open(in2, "<r>&e;</r>");
+    parser->defineEntityReplacementText(ZkName(u"e"), u"x&amp;<b/>y");
+    EXPECT_EQ("START_TAG:r TEXT:x& START_TAG:b END_TAG:b TEXT:y END_TAG:r", events(*parser, false));
+    std::istringstream in3;
+    parser = open(in3, "<r>&e;</r>");
+    parser->defineEntityReplacementText(ZkName(u"e"), u"a&f;");
+    parser->defineEntityReplacementText(ZkName(u"f"), u"<b/>&e;");
+    try {
+        events(*parser, false);
+        FAIL() << "no error";
+    } catch (const ZkError& error) {
+        EXPECT_EQ(184, error.getErrorCode());
+    }
+    std::istringstream in4;
+    parser = open(in4, "<r>&e;&e;</r>");
+    parser->defineEntityReplacementText(ZkName(u"e"), u"z");
+    EXPECT_EQ("START_TAG:r TEXT:zz END_TAG:r", events(*parser, false));
+    std::istringstream in5;
+    parser = open(in5, "<r>&u;</r>");
+    parser->setFeature(ZkXmlParser::FEATURE_IGNORE_UNDEFINED_ENTITY, true);
+    EXPECT_EQ("START_TAG:r END_TAG:r", events(*parser, false));
+}
+
+TEST(XmlParser, PushedTextStream) {
+    TempDir dir;
+    dir.file("inc.txt", "<not> & markup");
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = ZkXmlParser::createXmlParser();
+    in.str("<r>a</r>");
+    parser->setInput(in, UnicodeString(), UnicodeString::fromUTF8("file://" + dir.path() + "/"));
+    ASSERT_EQ(ZkXmlParser::START_TAG, parser->next());
+    parser->pushStream(u"inc.txt", ZKN_text, UnicodeString());
+    ASSERT_EQ(ZkXmlParser::TEXT, parser->next());
+    EXPECT_EQ("<not> & markupa", utf8(parser->getText()));
+    EXPECT_THROW(parser->pushStream(u"missing.txt", ZKN_text, UnicodeString()), ZkError);
+}
+
+TEST(XmlParser, RewindReadsAgain) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, "<r><a/></r>");
+    parser->setAutoClose(false);
+    std::string first = events(*parser, false);
+    parser->rewind();
+    EXPECT_EQ(first, events(*parser, false));
+}
+
+TEST(XmlParser, FeedsTheDocumentLoader) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, "<r xmlns='u' a='1'>t<!--c-->u<b/></r>");
+    ZkPtr<ZkDocument> document(new ZkDocument);
+    document->setLoadSource(std::make_unique<ZkXmlParserLoadSource>(parser));
+    document->load();
+    ZkElement* root = document->getDocumentElement();
+    ASSERT_NE(nullptr, root);
+    EXPECT_EQ(ZkName(u"r"), root->getLocalName());
+    EXPECT_EQ(ZkName(u"u"), root->getNamespaceUri());
+    EXPECT_EQ("1", utf8(root->getAttribute(ZkName(u"a")).toString()));
+    ASSERT_NE(nullptr, root->getFirstChild());
+    EXPECT_EQ("tu", utf8(root->getFirstChild()->getText()));
+}
