@@ -24,9 +24,12 @@
 #include "zkcommon/text/util.h"
 
 // io
+#include "zkcommon/io/customstream.h"
 #include "zkcommon/io/fwd.h"
 #include "zkcommon/io/icuistream.h"
+#include "zkcommon/io/memstream.h"
 #include "zkcommon/io/rqcstream.h"
+#include "zkcommon/io/tempfile.h"
 #include "zkcommon/io/uri.h"
 
 // dom

@@ -11,6 +11,14 @@ class ZkRQCIStreamBuf;
 class ZkRQCIStream;
 class ZkRQCOStreamBuf;
 class ZkRQCOStream;
+class ZkCustomStreamController;
+class ZkCustomStreamBuf;
+class ZkCustomStream;
+class ZkStrStream;
+class ZkMemStreamBuf;
+class ZkMemStream;
+class ZkTempFile;
+class ZkUUID;
 } // namespace ZkCommonNS
 
 #endif // ZKCOMMON_IO_FWD_H
