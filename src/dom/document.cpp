@@ -8,6 +8,7 @@
 #include "zkcommon/dom/processinginstruction.h"
 #include "zkcommon/dom/text.h"
 #include "zkcommon/io/uri.h"
+#include "zkcommon/xml/xmlparser.h"
 #include "zkcommon/xml/xmlserializer.h"
 #include "zkcommon/xml/xmlutil.h"
 
@@ -26,6 +27,7 @@ ZkDocument::~ZkDocument() {
         m_nameTable = nullptr;
         ZkNameTable::releaseSharedNameTable();
     }
+    m_parser = nullptr;
     m_source.reset();
     m_serializer = nullptr;
     m_lastLoadingNode = nullptr;

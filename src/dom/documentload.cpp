@@ -5,6 +5,7 @@
 #include "zkcommon/dom/loadsource.h"
 #include "zkcommon/dom/processinginstruction.h"
 #include "zkcommon/values/value.h"
+#include "zkcommon/xml/xmlparser.h"
 #include "zkcommon/xml/xmlutil.h"
 
 namespace ZkCommonNS {
@@ -22,6 +23,7 @@ ZkLoadEventSource::~ZkLoadEventSource() = default;
 void ZkDocument::setLoadSource(std::unique_ptr<ZkLoadEventSource> source) {
     ZkMutex guard(m_lock);
     m_source = std::move(source);
+    m_parser = nullptr;
 }
 
 void ZkDocument::abort() {
@@ -29,7 +31,7 @@ void ZkDocument::abort() {
     m_lastLoadingNode = nullptr;
 }
 
-ZkNode* ZkDocument::beginLoad(ZkNode* target) {
+ZkNode* ZkDocument::beginLoad(ZkNode* target, bool pull) {
     if (!target)
         target = this;
     {
@@ -39,7 +41,7 @@ ZkNode* ZkDocument::beginLoad(ZkNode* target) {
         target->setFlag(kLoading, true);
         target->removeAllChildNodes(); // a load replaces the subtree
     }
-    if (!m_pullMode) {
+    if (!pull) {
         while (loadNextNode()) {
         }
     }

@@ -6,6 +6,7 @@
 #include "zkcommon/dom/iterator.h"
 #include "zkcommon/dom/namednodemap.h"
 #include "zkcommon/values/value.h"
+#include "zkcommon/xml/xmlparser.h"
 #include "zkcommon/xml/xmlserializer.h"
 
 #include <sstream>
@@ -127,6 +128,19 @@ void ZkDocument::doSave(ZkNode* root, bool startTagOnly, void (*callback)(ZkNode
     if (!root)
         return;
     ZkXmlSerializer* out = getSerializer();
+    // The parser's entity tables are kept around the walk, and a MathML root brings the MathML
+    // entity names in for it. Only a parser that exists is asked: making one here would
+    // replace an application's own load source.
+    struct EntityMapsKeeper {
+        ZkXmlParser* parser;
+        const void* maps;
+        ~EntityMapsKeeper() {
+            if (parser)
+                parser->recoverEntityMaps(maps);
+        }
+    } keeper{m_parser, m_parser ? m_parser->saveEntityMaps() : nullptr};
+    if (m_parser && root->getNamespaceUri() == ZKN_NS_MATHML && root->getLocalName() == ZKN_math)
+        m_parser->addMathMLEntities();
     ZkTreeIterator walk(root, nullptr, false, ZkTreeIterator::PRE_AND_POST_ORDER);
     while (ZkNode* node = walk.nextNode()) {
         switch (node->getNodeType()) {

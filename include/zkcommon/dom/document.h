@@ -13,6 +13,8 @@
 
 namespace ZkCommonNS {
 
+class ZkUri;
+class ZkXmlParser;
 class ZkXmlSerializer;
 
 /// The document node. Its owner-document field points to itself, so that its children and its
@@ -69,10 +71,32 @@ public:
     /// event the loader cannot place raises ZkError 11. Without a source the load simply ends.
     virtual ZkNode* loadNextNode();
     /// Loads the whole source into the document, replacing its children; in pull mode only
-    /// starts the load. Without a source the document is simply emptied.
+    /// starts the load. Without a source the document is simply emptied. The parser's input,
+    /// when a parser is the source, must have been set already.
     void load();
-    /// Replaces the source of events (the document owns it from now on); null detaches it.
-    /// A load in progress goes on with the new source.
+    /// Opens `uri` (resolved against nothing: give an absolute URI or a path) with the parser
+    /// and loads it into `root`, or into the document when `root` is null; the load replaces
+    /// the target's children, and a load into the document makes `uri` the document URI. In
+    /// pull mode only the opening happens here. Throws the parser's ZkError: 67 when the
+    /// resource can't be opened, 68 when it is empty, and any fatal error of the content.
+    void load(const UnicodeString& uri, ZkNode* root = nullptr);
+    void load(ZkUri& uri, ZkNode* root = nullptr);
+    /// The same from `in`, which must outlive the load (all of it, in pull mode); `uri` names
+    /// the input and is the base of its relative references.
+    void load(std::istream& in, ZkNode* root, const UnicodeString& uri);
+    /// Loads `text` (XML as UTF-16) into `root` or the document, always to its end, also in
+    /// pull mode. A load into the document clears the document URI.
+    void loadXml(const UnicodeString& text, ZkNode* root = nullptr);
+    /// The parser behind the load forms, made on first use; it replaces a load source set
+    /// with setLoadSource.
+    ZkXmlParser* getParser();
+    /// The parser, or null when none was made.
+    ZkXmlParser* getParser() const;
+    /// Replaces the parser (the document takes a reference) and clears the document URI. Null
+    /// drops parser and load source.
+    void setParser(ZkXmlParser* parser);
+    /// Replaces the source of events (the document owns it from now on) and drops the parser;
+    /// null detaches it. A load in progress goes on with the new source.
     void setLoadSource(std::unique_ptr<ZkLoadEventSource> source);
     ZkLoadEventSource* getLoadSource() const { return m_source.get(); }
     /// Ends the current load: every following loadNextNode returns null at once. Nodes that were
@@ -149,9 +173,10 @@ protected:
     ~ZkDocument() override;
 
     /// Starts a load into `target` (the document when null): the loader's position becomes the
-    /// target, which gets the loading bit and loses its children. Outside pull mode the load then
+    /// target, which gets the loading bit and loses its children. Unless `pull`, the load then
     /// runs to its end. Returns the target.
-    ZkNode* beginLoad(ZkNode* target);
+    ZkNode* beginLoad(ZkNode* target, bool pull);
+    ZkNode* beginLoad(ZkNode* target) { return beginLoad(target, m_pullMode); }
     /// Moves the loader's position; a derived loader calls it for each node it opens or adds.
     void setLastLoadingNode(ZkNode* node) { m_lastLoadingNode = node; }
     void setDocumentUri(const UnicodeString& uri) { m_documentUri = uri; }
@@ -172,6 +197,7 @@ private:
     ZkLock m_lock;
     ZkNameTable* m_nameTable;
     std::unique_ptr<ZkLoadEventSource> m_source;
+    ZkPtr<ZkXmlParser> m_parser;
     ZkPtr<ZkXmlSerializer> m_serializer;
     UnicodeString m_baseUri;
     UnicodeString m_documentUri;
