@@ -46,7 +46,10 @@ constexpr int kEscapeQuote = 2;      // U+0022 QUOTATION MARK
 constexpr int kEscapeApostrophe = 4; // U+0027 APOSTROPHE
 constexpr int kEscapeControls = 8;   // below U+0020, and U+007F DELETE
 constexpr int kEscapeLineEnds = 16;  // tab, line feed, carriage return
-constexpr int kTextMode = kEscapeMarkup;
+constexpr int kEscapeReturn = 32;    // carriage return alone
+// Text escapes U+000D CARRIAGE RETURN too: written raw, a reader would turn it into a line
+// feed, and the text would not come back as it was.
+constexpr int kTextMode = kEscapeMarkup | kEscapeReturn;
 constexpr int kAttributeMode = kEscapeMarkup | kEscapeQuote | kEscapeLineEnds;
 constexpr int kUriMode = kEscapeMarkup | kEscapeQuote;
 constexpr int kRawMode = 0;
@@ -261,9 +264,14 @@ void ZkXmlSerializerImpl::writeChars(const UChar* text, int32_t length, int mask
                         continue;
                     }
                     break;
+                case u'\r':
+                    if (mask & kEscapeReturn) {
+                        writeNumericReference(c);
+                        continue;
+                    }
+                    [[fallthrough]];
                 case u'\t':
                 case u'\n':
-                case u'\r':
                     if (mask & (kEscapeLineEnds | kEscapeControls)) {
                         writeNumericReference(c);
                         continue;
