@@ -2,8 +2,8 @@
 // writer of the XML output.
 #include "zkcommon/xml/xmlserializer.h"
 
+#include "xml/serializerscopes.h"
 #include "zkcommon/core/error.h"
-#include "zkcommon/dom/namespacemanager.h"
 #include "zkcommon/io/uri.h"
 #include "zkcommon/xml/xmlutil.h"
 
@@ -81,7 +81,7 @@ UnicodeString normalizedEncoding(const UnicodeString& name) {
 }
 
 // A prefix made up for a namespace that has none in scope: "ns" and a number, an NCName.
-ZkName freshPrefix(const ZkNamespaceManager& scopes) {
+ZkName freshPrefix(const detail::SerializerScopes& scopes) {
     for (;;) {
         // generateID makes "-ns" and a fresh number; the leading hyphen can't start a name.
         const UnicodeString id = ZkName::generateID(UnicodeString(u"ns")).toString();
@@ -110,15 +110,14 @@ bool ZkXmlSerializerImpl::KeyLess::operator()(const std::pair<ZkName, ZkName>& a
 }
 
 ZkXmlSerializerImpl::ZkXmlSerializerImpl()
-    : m_scopes(new ZkNamespaceManager()), m_out(nullptr), m_ownsOut(false), m_state(kNew),
+    : m_scopes(new detail::SerializerScopes()), m_out(nullptr), m_ownsOut(false), m_state(kNew),
       m_noXmlDecl(false), m_sortAttributes(false), m_asciiOut(false) {
-    m_scopes->addRef();
     m_bytes.reserve(kBufferCapacity + 64);
 }
 
 ZkXmlSerializerImpl::~ZkXmlSerializerImpl() {
     closeOutput(/*report=*/false);
-    m_scopes->release();
+    delete m_scopes;
 }
 
 void ZkXmlSerializerImpl::setFeature(int feature, bool on) {
@@ -511,11 +510,10 @@ void ZkXmlSerializerImpl::attributeWith(ZkName ns, ZkName prefix, ZkName name,
 bool ZkXmlSerializerImpl::closeStartTag(bool empty) {
     if (m_state != kTagOpen && m_state != kTagWithAttributes)
         return false;
-    if (ZkNamespaceMap* map = m_scopes->getCurrentMap()) {
-        const int count = map->getCount();
-        for (int i = 0; i < count; ++i) {
-            const ZkName prefix = map->getPrefixAt(i);
-            const ZkName uri = map->getUriAt(i);
+    if (m_scopes->hasCurrentDeclarations()) {
+        for (const auto& declaration : m_scopes->currentDeclarations()) {
+            const ZkName prefix = declaration.first;
+            const ZkName uri = declaration.second;
             if (m_sortAttributes) {
                 if (prefix.isEmpty())
                     m_pending[std::make_pair(ZkName(), ZkName(ZKN_xmlns))] = uri.toString();

@@ -181,3 +181,26 @@ TEST(DocumentSave, FileRoundTripOfBytes) {
     std::ostringstream out;
     EXPECT_THROW(empty->saveDocumentElement(out), ZkError);
 }
+
+TEST(DocumentSave, DeepTreesAndManyScopes) {
+    // 200,000 levels: the walk is a loop, and each namespace look-up costs the same at any
+    // depth (a scan down the scopes would take minutes here).
+    constexpr int kDepth = 200000;
+    ZkPtr<ZkDocument> doc(new ZkDocument());
+    const ZkName u(u"urn:u"), v(u"urn:v"), p(u"p"), e(u"e");
+    ZkNode* parent = doc;
+    for (int i = 0; i < kDepth; ++i) {
+        ZkPtr<ZkElement> child = i % 3 == 0   ? doc->createElementNS(u, ZkName(), e)
+                                 : i % 3 == 1 ? doc->createElementNS(v, p, e)
+                                              : doc->createElementNS(ZkName(), ZkName(), e);
+        parent->appendChild(child);
+        parent = child;
+    }
+    const std::string text = utf8(doc->saveXml(doc->getDocumentElement()));
+    // Each level of three: the default namespace, the prefixed one, and an undeclaration.
+    const std::string head = "<e xmlns=\"urn:u\"><p:e xmlns:p=\"urn:v\"><e xmlns=\"\">"
+                             "<e xmlns=\"urn:u\"><p:e><e xmlns=\"\">";
+    EXPECT_EQ(text.substr(0, head.size()), head);
+    EXPECT_EQ(text.substr(text.size() - 18), "</p:e></e></p:e>"
+                                             "</e>");
+}

@@ -14,7 +14,9 @@
 
 namespace ZkCommonNS {
 
-class ZkNamespaceManager;
+namespace detail {
+class SerializerScopes;
+}
 
 /// Writes a document stated call by call: it checks the order of the calls, keeps namespace
 /// scopes, chooses prefixes and escapes text. The output is one line; nothing is indented and
@@ -168,7 +170,8 @@ private:
     void flushBuffer();
     void setEncodingMode();
 
-    ZkNamespaceManager* m_scopes;
+    detail::SerializerScopes* m_scopes; ///< owned
+
     std::ostream* m_out;
     bool m_ownsOut;
     int m_state;
