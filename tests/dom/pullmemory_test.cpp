@@ -8,7 +8,9 @@
 #include <zkcommon/dom/iterator.h>
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+// The sanitizer runtime's count of live heap bytes (declared in its allocator interface, whose
+// header not every compiler installs).
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
 #define ZK_TEST_UNDER_ASAN 1
 #endif
 
