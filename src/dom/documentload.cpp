@@ -52,11 +52,15 @@ void ZkDocument::load() {
     beginLoad(this);
 }
 
+bool ZkDocument::isFinishedLeaf(const ZkNode* node) {
+    return (node->isText() && !node->isLoading()) || node->isProcessingInstruction();
+}
+
 ZkNode* ZkDocument::openParent() const {
     // A finished leaf (a text without the loading bit, an instruction) hands the role of the open
     // node to its parent.
     ZkNode* last = m_lastLoadingNode;
-    if ((last->isText() && !last->isLoading()) || last->isProcessingInstruction())
+    if (isFinishedLeaf(last))
         return last->getParentNodeFast();
     return last;
 }
@@ -118,7 +122,7 @@ ZkNode* ZkDocument::loadNextNode() {
                 createProcessingInstruction(m_source->getTarget(), m_source->getText());
             if (pi) {
                 open->appendChild(pi);
-                m_lastLoadingNode = pi;
+                m_lastLoadingNode = pi.get();
                 return pi;
             }
             break;

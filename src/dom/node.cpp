@@ -251,6 +251,8 @@ ZkPtr<ZkNode> ZkNode::removeChild(ZkNode* oldChild) {
 
     ZkPtr<ZkNode> result(oldChild);
     oldChild->removeRef(); // the tree's reference passes to the result
+    if (m_ownerDocument)
+        m_ownerDocument->childRemoved(this, oldChild);
     return result;
 }
 
@@ -289,6 +291,8 @@ ZkPtr<ZkNode> ZkNode::replaceChild(ZkNode* newChild, ZkNode* oldChild) {
 
     ZkPtr<ZkNode> result(oldChild);
     oldChild->removeRef();
+    if (m_ownerDocument)
+        m_ownerDocument->childRemoved(this, oldChild);
     return result;
 }
 

@@ -145,3 +145,35 @@ TEST(DocumentParse, ParserAndSourceReplaceEachOther) {
     doc->setParser(nullptr);
     EXPECT_EQ(doc->getLoadSource(), nullptr);
 }
+
+TEST(DocumentParse, RemovingTheLoadersPositionKeepsLoading) {
+    // Each child is dropped as soon as it is read, before the next one is asked for: a text
+    // just loaded hands the loader's position back to its parent.
+    std::istringstream in("<a>one<b/>two<?pi x?><c><d/>three</c>four</a>");
+    ZkPtr<ZkDocument> doc(new ZkDocument());
+    doc->getParser()->setFeature(ZkXmlParser::FEATURE_REPORT_PI, true);
+    doc->setPullMode(true);
+    doc->load(in, nullptr, UnicodeString());
+    ZkNode* a = doc->getFirstChild();
+    std::string seen;
+    while (ZkNode* child = a->getFirstChild()) {
+        child->getLastChild(); // an element is read to its end
+        seen += nameOf(child) + ";";
+        a->removeChild(child);
+    }
+    EXPECT_EQ(seen, "'one';b;'two';pi;c;'four';");
+    EXPECT_FALSE(a->isLoading());
+    // An unfinished element taken out keeps the loader inside it; the load ends with it.
+    std::istringstream again("<a><b><c/><d/></b><e/></a>");
+    doc->load(again, nullptr, UnicodeString());
+    doc->setPullMode(false);
+    EXPECT_EQ(saved(doc, doc->getDocumentElement()), "<a><b><c/><d/></b><e/></a>");
+    doc->setPullMode(true);
+    std::istringstream third("<a><b><c/><d/></b><e/></a>");
+    doc->load(third, nullptr, UnicodeString());
+    ZkNode* b = doc->getFirstChild()->getFirstChild();
+    ZkPtr<ZkNode> taken = doc->getDocumentElement()->removeChild(b);
+    EXPECT_EQ(nameOf(taken->getFirstChild()), "c");
+    EXPECT_EQ(nameOf(taken->getLastChild()), "d");
+    EXPECT_EQ(doc->loadNextNode(), nullptr);
+}

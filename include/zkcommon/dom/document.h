@@ -107,7 +107,7 @@ public:
     void setPullMode(bool pull) { m_pullMode = pull; }
     bool hasXInclude() const { return m_xincludeSeen; }
     /// The node most recently added or opened by the loader; null when idle.
-    ZkNode* getLastLoadingNode() const { return m_lastLoadingNode; }
+    ZkNode* getLastLoadingNode() const { return m_lastLoadingNode.get(); }
 
     // --- URIs ---------------------------------------------------------------------------------
 
@@ -188,6 +188,16 @@ protected:
 
 private:
     friend class ZkElement;
+    friend class ZkNode;
+
+    /// Called when `child` leaves `parent`: a finished leaf that was the loader's position
+    /// hands it to the parent, so that the load goes on in the parent. (An unfinished element
+    /// taken out keeps the position; the load then ends with that element.)
+    void childRemoved(ZkNode* parent, ZkNode* child) {
+        if (m_lastLoadingNode.get() == child && isFinishedLeaf(child))
+            m_lastLoadingNode = parent;
+    }
+    static bool isFinishedLeaf(const ZkNode* node);
 
     ZkNode* openParent() const;
     ZkNode* loadStartTag(ZkNode* open);
@@ -201,7 +211,9 @@ private:
     ZkPtr<ZkXmlSerializer> m_serializer;
     UnicodeString m_baseUri;
     UnicodeString m_documentUri;
-    ZkNode* m_lastLoadingNode;
+    // Held, so that a node the application removes while it is the loader's position stays
+    // valid for the loader.
+    ZkPtr<ZkNode> m_lastLoadingNode;
     int m_skipDepth;
     unsigned int m_nextElementId;
     bool m_pullMode;
