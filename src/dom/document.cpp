@@ -30,7 +30,7 @@ ZkDocument::~ZkDocument() {
     m_parser = nullptr;
     m_source.reset();
     m_serializer = nullptr;
-    m_lastLoadingNode = nullptr;
+    setLastLoadingNode(nullptr);
 }
 
 ZkName ZkDocument::getLocalName() const {

@@ -53,7 +53,7 @@ void ZkDocument::load(ZkUri& uri, ZkNode* root) {
     ZkXmlParser* parser = getParser();
     {
         ZkMutex guard(m_lock);
-        m_lastLoadingNode = nullptr; // nothing reads the old input from here on
+        setLastLoadingNode(nullptr); // nothing reads the old input from here on
         parser->setInput(uri, UnicodeString(), m_baseUri);
         if (!root || root == this)
             m_documentUri = uri.toString();
@@ -65,7 +65,7 @@ void ZkDocument::load(std::istream& in, ZkNode* root, const UnicodeString& uri) 
     ZkXmlParser* parser = getParser();
     {
         ZkMutex guard(m_lock);
-        m_lastLoadingNode = nullptr;
+        setLastLoadingNode(nullptr);
         if (!root || root == this)
             m_documentUri = uri;
         parser->setInput(in, UnicodeString(), m_baseUri.isEmpty() ? m_documentUri : m_baseUri);
@@ -83,7 +83,7 @@ void ZkDocument::loadXml(const UnicodeString& text, ZkNode* root) {
     try {
         {
             ZkMutex guard(m_lock);
-            m_lastLoadingNode = nullptr;
+            setLastLoadingNode(nullptr);
             parser->setInput(in, hostUtf16(), m_baseUri);
             if (!root || root == this)
                 m_documentUri.remove();
@@ -91,7 +91,7 @@ void ZkDocument::loadXml(const UnicodeString& text, ZkNode* root) {
         beginLoad(root, /*pull=*/false);
     } catch (...) {
         ZkMutex guard(m_lock);
-        m_lastLoadingNode = nullptr;
+        setLastLoadingNode(nullptr);
         parser->closeStream();
         throw;
     }

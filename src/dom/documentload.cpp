@@ -28,7 +28,7 @@ void ZkDocument::setLoadSource(std::unique_ptr<ZkLoadEventSource> source) {
 
 void ZkDocument::abort() {
     ZkMutex guard(m_lock);
-    m_lastLoadingNode = nullptr;
+    setLastLoadingNode(nullptr);
 }
 
 ZkNode* ZkDocument::beginLoad(ZkNode* target, bool pull) {
@@ -37,7 +37,7 @@ ZkNode* ZkDocument::beginLoad(ZkNode* target, bool pull) {
     {
         ZkMutex guard(m_lock);
         m_skipDepth = 0;
-        m_lastLoadingNode = target;
+        setLastLoadingNode(target);
         target->setFlag(kLoading, true);
         target->removeAllChildNodes(); // a load replaces the subtree
     }
@@ -50,6 +50,18 @@ ZkNode* ZkDocument::beginLoad(ZkNode* target, bool pull) {
 
 void ZkDocument::load() {
     beginLoad(this);
+}
+
+void ZkDocument::setLastLoadingNode(ZkNode* node) {
+    if (node == m_lastLoadingNode)
+        return;
+    // The document's own position takes no reference: it would hold itself.
+    if (node && node != this)
+        node->addRef();
+    ZkNode* old = m_lastLoadingNode;
+    m_lastLoadingNode = node;
+    if (old && old != this)
+        old->release();
 }
 
 bool ZkDocument::isFinishedLeaf(const ZkNode* node) {
@@ -74,7 +86,7 @@ ZkNode* ZkDocument::loadNextNode() {
         // Nothing to read: the input ends here, as at the end of a document.
         if (open)
             open->setLoadDone();
-        m_lastLoadingNode = nullptr;
+        setLastLoadingNode(nullptr);
         return nullptr;
     }
     int event = m_source->next();
@@ -90,7 +102,7 @@ ZkNode* ZkDocument::loadNextNode() {
             event = m_source->next();
         }
         if (!open) {
-            m_lastLoadingNode = nullptr;
+            setLastLoadingNode(nullptr);
             return nullptr;
         }
         switch (event) {
@@ -102,18 +114,18 @@ ZkNode* ZkDocument::loadNextNode() {
             continue;
         case ZkLoadEventSource::END_DOCUMENT:
             open->setLoadDone();
-            m_lastLoadingNode = nullptr;
+            setLastLoadingNode(nullptr);
             return nullptr;
         case ZkLoadEventSource::START_TAG:
             if (ZkNode* element = loadStartTag(open)) {
-                m_lastLoadingNode = element;
+                setLastLoadingNode(element);
                 return element;
             }
             break;
         case ZkLoadEventSource::TEXT:
             // The parent's override may choose to make no node for the text.
             if (ZkNode* text = open->appendChildText(m_source->getText())) {
-                m_lastLoadingNode = text;
+                setLastLoadingNode(text);
                 return text;
             }
             break;
@@ -122,7 +134,7 @@ ZkNode* ZkDocument::loadNextNode() {
                 createProcessingInstruction(m_source->getTarget(), m_source->getText());
             if (pi) {
                 open->appendChild(pi);
-                m_lastLoadingNode = pi.get();
+                setLastLoadingNode(pi.get());
                 return pi;
             }
             break;

@@ -107,7 +107,7 @@ public:
     void setPullMode(bool pull) { m_pullMode = pull; }
     bool hasXInclude() const { return m_xincludeSeen; }
     /// The node most recently added or opened by the loader; null when idle.
-    ZkNode* getLastLoadingNode() const { return m_lastLoadingNode.get(); }
+    ZkNode* getLastLoadingNode() const { return m_lastLoadingNode; }
 
     // --- URIs ---------------------------------------------------------------------------------
 
@@ -178,7 +178,7 @@ protected:
     ZkNode* beginLoad(ZkNode* target, bool pull);
     ZkNode* beginLoad(ZkNode* target) { return beginLoad(target, m_pullMode); }
     /// Moves the loader's position; a derived loader calls it for each node it opens or adds.
-    void setLastLoadingNode(ZkNode* node) { m_lastLoadingNode = node; }
+    void setLastLoadingNode(ZkNode* node);
     void setDocumentUri(const UnicodeString& uri) { m_documentUri = uri; }
     void setXIncludeSeen(bool seen) { m_xincludeSeen = seen; }
     int getSkipDepth() const { return m_skipDepth; }
@@ -194,8 +194,8 @@ private:
     /// hands it to the parent, so that the load goes on in the parent. (An unfinished element
     /// taken out keeps the position; the load then ends with that element.)
     void childRemoved(ZkNode* parent, ZkNode* child) {
-        if (m_lastLoadingNode.get() == child && isFinishedLeaf(child))
-            m_lastLoadingNode = parent;
+        if (m_lastLoadingNode == child && isFinishedLeaf(child))
+            setLastLoadingNode(parent);
     }
     static bool isFinishedLeaf(const ZkNode* node);
 
@@ -211,9 +211,9 @@ private:
     ZkPtr<ZkXmlSerializer> m_serializer;
     UnicodeString m_baseUri;
     UnicodeString m_documentUri;
-    // Held, so that a node the application removes while it is the loader's position stays
-    // valid for the loader.
-    ZkPtr<ZkNode> m_lastLoadingNode;
+    // Held by a reference (except the document itself), so that a node the application removes
+    // while it is the loader's position stays valid for the loader.
+    ZkNode* m_lastLoadingNode;
     int m_skipDepth;
     unsigned int m_nextElementId;
     bool m_pullMode;
