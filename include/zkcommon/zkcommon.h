@@ -59,6 +59,7 @@
 // xml
 #include "zkcommon/xml/xmlloadsource.h"
 #include "zkcommon/xml/xmlparser.h"
+#include "zkcommon/xml/xmlserializer.h"
 #include "zkcommon/xml/xmlutil.h"
 
 // crypto

@@ -9,6 +9,8 @@
 #include "zkcommon/dom/processinginstruction.h"
 #include "zkcommon/dom/text.h"
 #include "zkcommon/io/uri.h"
+#include "zkcommon/xml/xmlparser.h"
+#include "zkcommon/xml/xmlserializer.h"
 #include "zkcommon/xml/xmlutil.h"
 
 #include <new>
@@ -31,8 +33,10 @@ ZkDocument::~ZkDocument() {
         m_nameTable = nullptr;
         ZkNameTable::releaseSharedNameTable();
     }
+    m_parser = nullptr;
     m_source.reset();
-    m_lastLoadingNode = nullptr;
+    m_serializer = nullptr;
+    setLastLoadingNode(nullptr);
 }
 
 ZkName ZkDocument::getLocalName() const {

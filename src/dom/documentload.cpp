@@ -6,6 +6,7 @@
 #include "zkcommon/dom/loadsource.h"
 #include "zkcommon/dom/processinginstruction.h"
 #include "zkcommon/values/value.h"
+#include "zkcommon/xml/xmlparser.h"
 #include "zkcommon/xml/xmlutil.h"
 
 namespace ZkCommonNS {
@@ -23,6 +24,7 @@ ZkLoadEventSource::~ZkLoadEventSource() = default;
 void ZkDocument::setLoadSource(std::unique_ptr<ZkLoadEventSource> source) {
     ZkMutex guard(m_lock);
     m_source = std::move(source);
+    m_parser = nullptr;
 }
 
 void ZkDocument::abort() {
@@ -37,7 +39,7 @@ void ZkDocument::setLastLoadingNode(ZkNode* node) {
         m_lastLoadingHold = ZkPtr<ZkNode>(node == this ? nullptr : node);
 }
 
-ZkNode* ZkDocument::beginLoad(ZkNode* target) {
+ZkNode* ZkDocument::beginLoad(ZkNode* target, bool pull) {
     if (!target)
         target = this;
     {
@@ -47,7 +49,7 @@ ZkNode* ZkDocument::beginLoad(ZkNode* target) {
         target->setFlag(kLoading, true);
         target->removeAllChildNodes(); // a load replaces the subtree
     }
-    if (!m_pullMode) {
+    if (!pull) {
         while (loadNextNode()) {
         }
     }
@@ -58,11 +60,16 @@ void ZkDocument::load() {
     beginLoad(this);
 }
 
+
+bool ZkDocument::isFinishedLeaf(const ZkNode* node) {
+    return (node->isText() && !node->isLoading()) || node->isProcessingInstruction();
+}
+
 ZkNode* ZkDocument::openParent() const {
     // A finished leaf (a text without the loading bit, an instruction) hands the role of the open
     // node to its parent.
     ZkNode* last = m_lastLoadingNode;
-    if ((last->isText() && !last->isLoading()) || last->isProcessingInstruction())
+    if (isFinishedLeaf(last))
         return last->getParentNodeFast();
     return last;
 }
@@ -128,7 +135,7 @@ ZkNode* ZkDocument::loadNextNodeLocked() {
                 createProcessingInstruction(m_source->getTarget(), m_source->getText());
             if (pi) {
                 open->appendChild(pi);
-                setLastLoadingNode(pi);
+                setLastLoadingNode(pi.get());
                 return pi;
             }
             break;

@@ -1,10 +1,19 @@
 // AttrNodeMap: the attribute ring of an element and its two ordered maps.
 #include "zkcommon/dom/namednodemap.h"
 
+#include "core/smallpool.h"
 #include "zkcommon/dom/attr.h"
 #include "zkcommon/dom/element.h"
 
 namespace ZkCommonNS {
+
+void* AttrNodeMap::operator new(std::size_t size) {
+    return detail::smallAllocate(size);
+}
+
+void AttrNodeMap::operator delete(void* block, std::size_t size) noexcept {
+    detail::smallFree(block, size);
+}
 
 AttrNodeMap::AttrNodeMap(ZkElement* owner) : m_anchor(nullptr), m_owner(owner) {}
 

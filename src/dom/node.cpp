@@ -2,6 +2,7 @@
 #include "zkcommon/dom/node.h"
 
 #include "dom/documentlink.h"
+#include "core/smallpool.h"
 #include "zkcommon/core/error.h"
 #include "zkcommon/dom/document.h"
 #include "zkcommon/dom/nodelist.h"
@@ -37,6 +38,27 @@ void checkNotAttribute(const ZkNode* newChild, int site) {
 }
 } // namespace
 
+void* ZkNode::operator new(std::size_t size) {
+    return detail::smallAllocate(size);
+}
+
+void* ZkNode::operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return detail::smallAllocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void ZkNode::operator delete(void* block, std::size_t size) noexcept {
+    detail::smallFree(block, size);
+}
+
+void ZkNode::operator delete(void* block, const std::nothrow_t&) noexcept {
+    // Only reached when a constructor throws inside new (std::nothrow).
+    detail::smallFreeUnsized(block);
+}
+
 ZkNode::ZkNode(ZkDocument* ownerDocument)
     : m_flags(0), m_parent(nullptr), m_next(nullptr), m_previous(nullptr), m_lastChild(nullptr),
       m_document(nullptr) {
@@ -65,18 +87,31 @@ void ZkNode::tearDownChildren() {
     if (!m_lastChild)
         return;
     // Children's destructors must not call each other down the tree: a million-deep chain would
-    // exhaust the stack. The walk visits each node before and after its children; at the post
-    // visit the children have already lost their own children, so releasing them is shallow.
-    ZkTreeIterator walk(this, nullptr, false, ZkTreeIterator::PRE_AND_POST_ORDER);
-    while (ZkNode* node = walk.nextNode()) {
-        if (walk.atPreVisit()) {
-            // A cleared loading bit keeps the walk's getters away from the loader.
-            node->m_flags &= ~kLoading;
-            if (node != this && node->getRefCount() > 1)
-                walk.setAtPostVisit(true); // held elsewhere: the subtree survives whole
+    // exhaust the stack. The loop goes down through every child that dies with this node, and
+    // empties each node once all its children are empty, so that each release is shallow. A
+    // child held elsewhere is only let go: it survives with its subtree. The walk follows the
+    // raw links, so it never loads and makes no virtual call.
+    m_flags &= ~kLoading;
+    ZkNode* node = getFirstChildFast();
+    for (;;) {
+        // A cleared loading bit keeps later readers of a surviving subtree from the loader.
+        node->m_flags &= ~kLoading;
+        if (node->m_lastChild && node->getRefCount() <= 1) {
+            node = node->m_lastChild->m_next; // down to the first child
             continue;
         }
-        node->removeAllChildNodes();
+        // Across to the next sibling, or up, emptying each parent whose children are done.
+        for (;;) {
+            ZkNode* parent = node->m_parent;
+            if (parent->m_lastChild != node) {
+                node = node->m_next;
+                break;
+            }
+            parent->removeAllChildNodes();
+            if (parent == this)
+                return;
+            node = parent;
+        }
     }
 }
 
@@ -255,6 +290,8 @@ ZkPtr<ZkNode> ZkNode::removeChild(ZkNode* oldChild) {
 
     ZkPtr<ZkNode> result(oldChild);
     oldChild->removeRef(); // the tree's reference passes to the result
+    if (ZkDocument* document = getOwnerDocumentField())
+        document->childRemoved(this, oldChild);
     return result;
 }
 
@@ -294,6 +331,8 @@ ZkPtr<ZkNode> ZkNode::replaceChild(ZkNode* newChild, ZkNode* oldChild) {
 
     ZkPtr<ZkNode> result(oldChild);
     oldChild->removeRef();
+    if (ZkDocument* document = getOwnerDocumentField())
+        document->childRemoved(this, oldChild);
     return result;
 }
 

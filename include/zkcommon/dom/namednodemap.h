@@ -7,6 +7,8 @@
 #include "zkcommon/core/object.h"
 #include "zkcommon/dom/nodelist.h"
 
+#include <cstddef>
+#include <functional>
 #include <map>
 #include <utility>
 #include <vector>
@@ -43,6 +45,9 @@ class ZKCOMMON_API AttrNodeMap : public ZkNamedNodeMap {
 
 public:
     explicit AttrNodeMap(ZkElement* owner);
+    /// Every element has a map: they come from the same pool of small blocks as nodes.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block, std::size_t size) noexcept;
     ~AttrNodeMap() override;
     AttrNodeMap(const AttrNodeMap&) = delete;
     AttrNodeMap& operator=(const AttrNodeMap&) = delete;
@@ -79,9 +84,26 @@ public:
     void detachFromOwner();
 
 private:
+    // The maps' entries come from the same pool as the nodes: an element's attributes cost no
+    // call to the general allocator.
+    template <class T> struct PoolAllocator {
+        using value_type = T;
+        PoolAllocator() = default;
+        template <class U> PoolAllocator(const PoolAllocator<U>&) noexcept {}
+        T* allocate(std::size_t n) {
+            return static_cast<T*>(AttrNodeMap::operator new(n * sizeof(T)));
+        }
+        void deallocate(T* block, std::size_t n) noexcept {
+            AttrNodeMap::operator delete(block, n * sizeof(T));
+        }
+        template <class U> bool operator==(const PoolAllocator<U>&) const noexcept { return true; }
+        template <class U> bool operator!=(const PoolAllocator<U>&) const noexcept { return false; }
+    };
     using NamespaceKey = std::pair<ZkNameEnum, ZkNameEnum>;
-    using NamespaceMap = std::map<NamespaceKey, ZkAttr*>;
-    using NameMap = std::map<ZkNameEnum, ZkAttr*>;
+    using NamespaceMap = std::map<NamespaceKey, ZkAttr*, std::less<NamespaceKey>,
+                                  PoolAllocator<std::pair<const NamespaceKey, ZkAttr*>>>;
+    using NameMap = std::map<ZkNameEnum, ZkAttr*, std::less<ZkNameEnum>,
+                             PoolAllocator<std::pair<const ZkNameEnum, ZkAttr*>>>;
 
     ZkPtr<ZkAttr> unlink(ZkAttr* attr, NameMap::iterator byName, NamespaceMap::iterator byNs);
 

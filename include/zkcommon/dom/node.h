@@ -10,6 +10,9 @@
 #include "zkcommon/dom/fwd.h"
 #include "zkcommon/dom/iterator.h"
 
+#include <cstddef>
+#include <new>
+
 namespace ZkCommonNS {
 
 class ZkValue;
@@ -41,6 +44,15 @@ public:
     static constexpr int kLoading = 0x1;
     static constexpr int kLoadDone = 0x2;
     static constexpr int kComplemental = 0x4;
+
+    // Nodes of every kind, an application's own included, come from the library's pool of
+    // small blocks: a thread takes and gives back blocks without a lock, and a node lives by
+    // its references alone, so one held after its document is gone stays valid.
+    static void* operator new(std::size_t size);
+    /// Null when memory fails.
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    static void operator delete(void* block, std::size_t size) noexcept;
+    static void operator delete(void* block, const std::nothrow_t&) noexcept;
 
     ZkNode(const ZkNode&) = delete;
     ZkNode& operator=(const ZkNode&) = delete;

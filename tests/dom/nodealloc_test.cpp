@@ -1,0 +1,101 @@
+// Node allocation: nodes outlive their document, a throwing constructor gives its block back,
+// and trees built on one thread die on another.
+#include "domtest.h"
+
+#include <gtest/gtest.h>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+#include <zkcommon/dom/attr.h>
+#include <zkcommon/values/value.h>
+
+using namespace ZkCommonNS;
+using namespace domtest;
+
+namespace {
+
+class ThrowingElement : public ElementNS {
+public:
+    explicit ThrowingElement(ZkDocument* doc) : ElementNS(doc, ZkName(), ZkName(), ZkName(u"x")) {
+        throw std::runtime_error("refused");
+    }
+};
+
+// A derived node larger than the pool's largest block.
+class BigText : public ZkTextNode {
+public:
+    explicit BigText(ZkDocument* doc) : ZkTextNode(doc, UnicodeString(u"big")) { m_pad[0] = 1; }
+    char m_pad[512];
+};
+
+ZkPtr<ZkDocument> makeTree(int width) {
+    ZkPtr<ZkDocument> doc(new ZkDocument());
+    ZkElement* root = addElement(doc, doc, u"root");
+    for (int i = 0; i < width; ++i) {
+        ZkElement* child = addElement(doc, root, u"item");
+        child->setAttribute(ZkName(u"n"), ZkValue(i));
+        addText(doc, child, u"text");
+    }
+    return doc;
+}
+
+} // namespace
+
+TEST(NodeAlloc, HeldNodesOutliveTheDocument) {
+    ZkPtr<ZkElement> kept;
+    ZkPtr<ZkNode> text;
+    {
+        ZkPtr<ZkDocument> doc = makeTree(100);
+        kept =
+            static_cast<ZkElement*>(doc->getDocumentElement()->getFirstChild()->getNextSibling());
+        text = doc->getDocumentElement()->getLastChild()->getFirstChild();
+    }
+    EXPECT_EQ(kept->getAttribute(ZkName(u"n")).toString(), UnicodeString(u"1"));
+    EXPECT_EQ(utf8(kept->getFirstChildFast()->getText()), "text");
+    EXPECT_EQ(utf8(text->getText()), "text");
+    EXPECT_EQ(kept->getParentNodeFast(), nullptr);
+    // The blocks of the dead document are handed out again; the survivors are untouched.
+    ZkPtr<ZkDocument> other = makeTree(200);
+    EXPECT_EQ(kept->getAttribute(ZkName(u"n")).toString(), UnicodeString(u"1"));
+    EXPECT_EQ(utf8(text->getText()), "text");
+}
+
+TEST(NodeAlloc, ThrowingConstructorAndLargeNodes) {
+    ZkPtr<ZkDocument> doc(new ZkDocument());
+    EXPECT_THROW(new (std::nothrow) ThrowingElement(doc), std::runtime_error);
+    EXPECT_THROW(new ThrowingElement(doc), std::runtime_error);
+    ZkPtr<BigText> big(new (std::nothrow) BigText(doc));
+    doc->appendChild(big);
+    EXPECT_EQ(utf8(doc->getFirstChild()->getText()), "big");
+    ZkPtr<BigText> other(new BigText(doc));
+    EXPECT_EQ(other->m_pad[0], 1);
+}
+
+TEST(NodeAlloc, TreesDieOnAnotherThread) {
+    std::vector<ZkPtr<ZkDocument>> made(40);
+    std::thread builder([&made] {
+        for (auto& doc : made)
+            doc = makeTree(500);
+    });
+    builder.join();
+    // This thread frees blocks it never took, then builds from them.
+    int items = 0;
+    for (auto& doc : made) {
+        items += doc->getDocumentElement()->getChildNodeCount();
+        doc = nullptr;
+    }
+    EXPECT_EQ(items, 40 * 500);
+    for (int round = 0; round < 3; ++round) {
+        std::vector<std::thread> workers;
+        for (int t = 0; t < 2; ++t) {
+            workers.emplace_back([] {
+                for (int i = 0; i < 20; ++i) {
+                    ZkPtr<ZkDocument> doc = makeTree(300);
+                    EXPECT_EQ(doc->getDocumentElement()->getChildNodeCount(), 300);
+                }
+            });
+        }
+        for (auto& worker : workers)
+            worker.join();
+    }
+}
