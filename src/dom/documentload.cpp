@@ -60,7 +60,6 @@ void ZkDocument::load() {
     beginLoad(this);
 }
 
-
 bool ZkDocument::isFinishedLeaf(const ZkNode* node) {
     return (node->isText() && !node->isLoading()) || node->isProcessingInstruction();
 }

@@ -1,8 +1,8 @@
 // ZkNode: the child ring, the loading getters, child changes and destruction without recursion.
 #include "zkcommon/dom/node.h"
 
-#include "dom/documentlink.h"
 #include "core/smallpool.h"
+#include "dom/documentlink.h"
 #include "zkcommon/core/error.h"
 #include "zkcommon/dom/document.h"
 #include "zkcommon/dom/nodelist.h"

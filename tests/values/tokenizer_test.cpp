@@ -268,4 +268,3 @@ TEST(ZkTokenizer, SeparatorsAndPushBack) {
     bogus.setToBogus();
     EXPECT_EQ(T::TokenEnd, T(bogus).nextToken());
 }
-
