@@ -304,14 +304,13 @@ TEST(ZkValue, NameFromAValue) {
     EXPECT_TRUE(ZkName(ZkValue()).isEmpty());
 }
 
+// clang-format off
 TEST(ZkValue, ToStringForms) {
     struct Case {
         ZkValue value;
         const char16_t* expected;
     } cases[] = {
-        {ZkValue(), u""},
-        {ZkValue(12), u"12"},
-        {ZkValue(-3, UnitPx), u"-3px"},
+        {ZkValue(), u""}, {ZkValue(12), u"12"}, {ZkValue(-3, UnitPx), u"-3px"},
         {ZkValue(50, UnitPercent2), u"50%"},
         {ZkValue(0x3042, UnitChar), u"\u3042"},
         {ZkValue(0x1F600, UnitChar), u"\U0001F600"},
@@ -332,6 +331,7 @@ TEST(ZkValue, ToStringForms) {
     EXPECT_EQ(ZkValue(u"MiXed").toString(true), UnicodeString(u"mixed"));
     EXPECT_EQ(ZkValue(u"MiXed").toString(false), UnicodeString(u"MiXed"));
 }
+// clang-format on
 
 TEST(ZkValue, ListAndCompoundPrinting) {
     ZkValue list;
