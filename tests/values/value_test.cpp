@@ -183,22 +183,6 @@ TEST(ZkValue, ContainersAndObjects) {
     EXPECT_EQ(hollow.toString(), UnicodeString());
 }
 
-TEST(ZkValue, TagAccessors) {
-    ZkValue value(3, UnitPx);
-    value.setUnitType(UnitEm);
-    EXPECT_EQ(value.getUnitType(), UnitEm);
-    EXPECT_EQ(value.getValueType(), ValueInteger);
-    value.setValueUnitType(ValueInteger, UnitPt);
-    EXPECT_EQ(value.getUnitType(), UnitPt);
-    value.setRealValue(2.5f, UnitCm);
-    EXPECT_TRUE(value.isReal());
-    EXPECT_EQ(value.getRealValue(UnitCm), 2.5f);
-    value.setValueUnitType(ValueInteger);
-    EXPECT_EQ(value.getUnitType(), UnitNone);
-    value.setValueUnitType();
-    EXPECT_TRUE(value.isNull());
-}
-
 TEST(ZkValue, IntegerConversion) {
     EXPECT_EQ(ZkValue(7).getIntegerValue(0), 7);
     EXPECT_EQ(ZkValue(2.5f).getIntegerValue(0), 3);
