@@ -372,13 +372,6 @@ TEST(EncodingDetection, RqcMarksDeclarationsAndStatistics) {
     EXPECT_EQ(japanese, readText(in));
 }
 
-TEST(EncodingStreams, TablePathAfterFirstUseChangesNothing) {
-    EXPECT_EQ(UnicodeString(u"x"), decodeWithRqc("x", "ISO-8859-1"));
-    ZkRQCIStream::setRQCTablePath(u"/no/such/tables");
-    EXPECT_EQ(UnicodeString(u"y"), decodeWithRqc("y", "ISO-8859-1"));
-    ZkRQCIStream::setRQCTablePath(u"");
-}
-
 TEST(EncodingStreams, LineEndsAcrossBufferRefills) {
     // The buffer converts 4096 bytes at a time: with 2047 units before it, the CR is the last
     // unit of one batch and its LF the first of the next.
