@@ -7,6 +7,7 @@
 #include <iterator>
 #include <stdlib.h>
 #include <string>
+#include <vector>
 #include <zkcommon/core/unicode.h>
 
 /// The UTF-8 form of `text`, for readable failure messages.
@@ -18,6 +19,25 @@ inline std::string utf8(const icu::UnicodeString& text) {
 /// Everything left in `in`.
 inline std::string readAll(std::istream& in) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+/// The rows of a tab-separated table file, fields split at each tab; blank lines and comment
+/// lines ("#" alone or followed by a space) are skipped. A missing file gives no rows.
+inline std::vector<std::vector<std::string>> readTable(const std::string& path) {
+    std::ifstream in(path);
+    std::vector<std::vector<std::string>> rows;
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.empty() || line == "#" || line.compare(0, 2, "# ") == 0)
+            continue;
+        std::vector<std::string> fields;
+        size_t start = 0;
+        for (size_t tab; (tab = line.find('\t', start)) != std::string::npos; start = tab + 1)
+            fields.push_back(line.substr(start, tab - start));
+        fields.push_back(line.substr(start));
+        rows.push_back(fields);
+    }
+    return rows;
 }
 
 /// A fresh directory under /tmp, removed with its files at the end of the test.

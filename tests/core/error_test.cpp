@@ -114,6 +114,7 @@ TEST(Error, LastErrorMessageIsTrimmedSystemText) {
 }
 
 TEST(CommonError, Messages) {
+    // clang-format off
     const struct {
         int code;
         const char16_t* arg1;
@@ -124,18 +125,13 @@ TEST(CommonError, Messages) {
         {3, u"", u"", u"SYSTEM ERROR: arg is null.", false},
         {3, u"newChild", u"", u"SYSTEM ERROR: newChild is null.", false},
         {4, u"x", u"", u"SYSTEM ERROR: Argument is out of range.", false},
-        {6, u"newChild", u"", u"SYSTEM ERROR: newChild is created from a different document.",
-         false},
+        {6, u"newChild", u"", u"SYSTEM ERROR: newChild is created from a different document.", false},
         {7, u"", u"", u"SYSTEM ERROR: arg is not an ZkAttr object.", false},
-        {8, u"newAttr", u"",
-         u"SYSTEM ERROR: newAttr is an ZkAttr that is already an attribute of another ZkElement "
-         u"object.",
-         false},
+        {8, u"newAttr", u"", u"SYSTEM ERROR: newAttr is an ZkAttr that is already an attribute of another ZkElement " u"object.", false},
         {9, u"refChild", u"", u"SYSTEM ERROR: refChild is not a child of this node.", false},
         {11, u"", u"", u"SYSTEM ERROR: Cannot set a value on node type.", false},
         {11, u"ZkNode", u"", u"SYSTEM ERROR: Cannot set a value on node type: ZkNode", false},
-        {12, u"", u"", u"SYSTEM ERROR: startDocument() must be called just after setOutput().",
-         false},
+        {12, u"", u"", u"SYSTEM ERROR: startDocument() must be called just after setOutput().", false},
         {13, u"", u"", u"SYSTEM ERROR: attribute() must be called just after startTag().", false},
         {14, u"", u"", u"SYSTEM ERROR: Unexpected endTag().", false},
         {15, u"a", u"b", u"SYSTEM ERROR: End tag 'a' does not match the start tag 'b'.", false},
@@ -160,6 +156,7 @@ TEST(CommonError, Messages) {
         {76, u"", u"", u"SYSTEM ERROR: ZkErrorCodeCOMMON", false},
         {1000, u"", u"", u"SYSTEM ERROR: ZkErrorCodeCOMMON", false},
     };
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.code);
         ZkError e = raised(ZkErrorCodeCOMMON(c.code), c.arg1, c.arg2);

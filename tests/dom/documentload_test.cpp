@@ -70,6 +70,7 @@ std::string dump(const ZkNode* node) {
 
 } // namespace
 
+// clang-format off
 TEST(DocumentLoad, EventsBecomeNodes) {
     ZkPtr<ProbeDocument> doc(new ProbeDocument({
         {Event::Instruction, u"xml-stylesheet href='a.css'"},
@@ -78,11 +79,7 @@ TEST(DocumentLoad, EventsBecomeNodes) {
          u"urn:fo",
          {{nullptr, u"id", u"r"}, {u"urn:x", u"x:a", u"1"}},
          3},
-        {Event::Text, u"text"},
-        {Event::Instruction, u"pi data"},
-        {Event::Text, u"more"},
-        {Event::End},
-        {Event::EndDocument},
+        {Event::Text, u"text"}, {Event::Instruction, u"pi data"}, {Event::Text, u"more"}, {Event::End}, {Event::EndDocument},
     }));
     doc->startFull();
     EXPECT_EQ(dump(doc), "<?xml-stylesheet>fo:root('text'<?pi>'more')");
@@ -103,63 +100,51 @@ TEST(DocumentLoad, EventsBecomeNodes) {
     ZkProcessingInstruction* pi = static_cast<ZkProcessingInstruction*>(doc->getFirstChildFast());
     EXPECT_EQ(utf8(pi->getData()), "href='a.css'");
 }
+// clang-format on
 
+// clang-format off
 TEST(DocumentLoad, RefusedElementSkipsSubtree) {
     ZkPtr<ProbeDocument> doc(new ProbeDocument({
         {Event::Start, u"root"},
         {Event::Start, u"skip"},
         {Event::Start, u"skip"}, // nested: only the outer end tag ends the skip
-        {Event::Text, u"hidden"},
-        {Event::End},
-        {Event::Start, u"inner"},
-        {Event::End},
-        {Event::End},
-        {Event::Start, u"kept"},
-        {Event::End},
+        {Event::Text, u"hidden"}, {Event::End}, {Event::Start, u"inner"}, {Event::End}, {Event::End}, {Event::Start, u"kept"}, {Event::End},
         {Event::End},
     }));
     doc->startFull();
     EXPECT_EQ(dump(doc), "root(kept())");
 }
+// clang-format on
 
+// clang-format off
 TEST(DocumentLoad, RefusedByParentSkipsSubtree) {
     ZkPtr<ProbeDocument> doc(new ProbeDocument({
-        {Event::Start, u"root"},
-        {Event::Start, u"refused"},
-        {Event::Text, u"hidden"},
-        {Event::End},
-        {Event::Text, u"after"},
-        {Event::End},
+        {Event::Start, u"root"}, {Event::Start, u"refused"}, {Event::Text, u"hidden"}, {Event::End}, {Event::Text, u"after"}, {Event::End},
     }));
     doc->startFull();
     EXPECT_EQ(dump(doc), "root('after')");
 }
+// clang-format on
 
+// clang-format off
 TEST(DocumentLoad, EndTagClimbsOverComplementalNodes) {
     ZkPtr<ProbeDocument> doc(new ProbeDocument({
-        {Event::Start, u"root"},
-        {Event::Start, u"wrapped"},
-        {Event::Text, u"in"},
-        {Event::End},
-        {Event::Start, u"sibling"},
-        {Event::End},
+        {Event::Start, u"root"}, {Event::Start, u"wrapped"}, {Event::Text, u"in"}, {Event::End}, {Event::Start, u"sibling"}, {Event::End},
         {Event::End},
     }));
     doc->startFull();
     // The wrapper was made by the application; the end of "wrapped" returns to root past it.
     EXPECT_EQ(dump(doc), "root(wrapper(wrapped('in'))sibling())");
 }
+// clang-format on
 
+// clang-format off
 TEST(DocumentLoad, XIncludeWithoutHrefVanishes) {
     ZkPtr<ScriptedDocument> doc(new ScriptedDocument({
         {Event::Start, u"root"},
         {Event::Start, u"xi:include", kXInclude},
         {Event::Start, u"xi:fallback", kXInclude},
-        {Event::Text, u"never used"},
-        {Event::End},
-        {Event::End},
-        {Event::Text, u"after"},
-        {Event::End},
+        {Event::Text, u"never used"}, {Event::End}, {Event::End}, {Event::Text, u"after"}, {Event::End},
     }));
     EXPECT_FALSE(doc->hasXInclude());
     doc->startFull();
@@ -168,6 +153,7 @@ TEST(DocumentLoad, XIncludeWithoutHrefVanishes) {
     EXPECT_TRUE(doc->script().pushed.empty());
     EXPECT_TRUE(doc->script().reported.empty());
 }
+// clang-format on
 
 TEST(DocumentLoad, XIncludePushesStream) {
     ZkPtr<ScriptedDocument> doc(new ScriptedDocument({
@@ -198,6 +184,7 @@ TEST(DocumentLoad, XIncludePushesStream) {
     EXPECT_EQ(xml->script().pushed[0], "part.xml xml ") << "parse defaults to xml";
 }
 
+// clang-format off
 TEST(DocumentLoad, XIncludeProblemsAreReported) {
     ZkPtr<ScriptedDocument> doc(new ScriptedDocument({
         {Event::Start, u"root"},
@@ -207,9 +194,7 @@ TEST(DocumentLoad, XIncludeProblemsAreReported) {
          {{nullptr, u"href", u"a.xml"}, {nullptr, u"parse", u"html"}}},
         {Event::End},
         {Event::Start, u"xi:other", kXInclude},
-        {Event::Text, u"inside other"},
-        {Event::End},
-        {Event::End},
+        {Event::Text, u"inside other"}, {Event::End}, {Event::End},
     }));
     doc->startFull();
     ASSERT_EQ(doc->script().reported.size(), 2u);
@@ -219,12 +204,12 @@ TEST(DocumentLoad, XIncludeProblemsAreReported) {
     // An unknown XInclude element is dropped alone; its content goes on as usual.
     EXPECT_EQ(dump(doc), "root('inside other')");
 }
+// clang-format on
 
+// clang-format off
 TEST(DocumentLoad, UnplaceableEventRaises) {
     ZkPtr<ScriptedDocument> doc(new ScriptedDocument({
-        {Event::Start, u"root"},
-        {Event::Other},
-        {Event::End},
+        {Event::Start, u"root"}, {Event::Other}, {Event::End},
     }));
     doc->startPull();
     ZkNode* root = doc->getFirstChild();
@@ -238,12 +223,12 @@ TEST(DocumentLoad, UnplaceableEventRaises) {
     EXPECT_TRUE(root->isLoading()) << "the tree keeps what was built, still open";
     EXPECT_EQ(root->getFirstChildFast(), nullptr);
 }
+// clang-format on
 
+// clang-format off
 TEST(DocumentLoad, TruncatedInputEndsTheLoad) {
     ZkPtr<ScriptedDocument> doc(new ScriptedDocument({
-        {Event::Start, u"root"},
-        {Event::Start, u"open"},
-        {Event::Text, u"cut"},
+        {Event::Start, u"root"}, {Event::Start, u"open"}, {Event::Text, u"cut"},
     }));
     doc->startPull();
     ZkNode* root = doc->getFirstChild();
@@ -252,6 +237,7 @@ TEST(DocumentLoad, TruncatedInputEndsTheLoad) {
     EXPECT_TRUE(root->isLoading()) << "only the innermost open node was finished";
     EXPECT_EQ(root->getNextSibling(), nullptr);
 }
+// clang-format on
 
 TEST(DocumentLoad, SourceCanBeReplacedAndRemoved) {
     ZkPtr<ScriptedDocument> doc(new ScriptedDocument({{Event::Start, u"a"}, {Event::End}}));

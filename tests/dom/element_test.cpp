@@ -335,14 +335,6 @@ TEST(Element, CloneNode) {
     EXPECT_EQ(pi->cloneNode(true), nullptr);
 }
 
-TEST(Element, ElementIdsAreSerial) {
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    ZkPtr<ZkElement> first = doc->createElement(ZkName(u"a"));
-    ZkPtr<ZkElement> second = doc->createElementNS(ZkName(u"u"), ZkName(u"b"));
-    EXPECT_EQ(first->getElementId(), 0u);
-    EXPECT_EQ(second->getElementId(), 1u);
-}
-
 TEST(Element, BaseUri) {
     ZkPtr<ZkDocument> doc(new ZkDocument());
     doc->setBaseUri(u"http://example.com/dir/doc.xml");

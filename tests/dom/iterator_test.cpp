@@ -119,29 +119,6 @@ TEST(TreeIterator, MatchesRecursiveWalkForwardAndBackward) {
     }
 }
 
-TEST(TreeIterator, SingleTextNodePreOrder) {
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    ZkNode* text = addText(doc, doc, u"only");
-    ZkTreeIterator walk(text, nullptr, false, ZkTreeIterator::PRE_ORDER);
-    EXPECT_TRUE(walk.hasNextNode());
-    EXPECT_EQ(walk.nextNode(), text);
-    EXPECT_FALSE(walk.hasNextNode());
-    EXPECT_EQ(walk.nextNode(), nullptr);
-}
-
-TEST(TreeIterator, ElementWithTextBothOrders) {
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    ZkElement* element = addElement(doc, doc, u"e");
-    ZkNode* text = addText(doc, element, u"t");
-    ZkTreeIterator walk(element, nullptr, false, ZkTreeIterator::PRE_AND_POST_ORDER);
-    EXPECT_EQ(walk.nextNode(), element);
-    EXPECT_TRUE(walk.atPreVisit());
-    EXPECT_EQ(walk.nextNode(), text);
-    EXPECT_EQ(walk.nextNode(), element);
-    EXPECT_TRUE(walk.atPostVisit());
-    EXPECT_EQ(walk.nextNode(), nullptr);
-}
-
 TEST(TreeIterator, PostFlagAtPreVisitSkipsChildren) {
     ZkPtr<ZkDocument> doc(new ZkDocument());
     ZkElement* root = addElement(doc, doc, u"root");

@@ -222,6 +222,7 @@ TEST(Node, ChildChangeErrorsInOrder) {
     const std::string notChildRef = "SYSTEM ERROR: refChild is not a child of this node.";
     const std::string notChildOld = "SYSTEM ERROR: oldChild is not a child of this node.";
     const std::string wrongDoc = "SYSTEM ERROR: newChild is created from a different document.";
+    // clang-format off
     struct Case {
         const char* name;
         std::function<void()> action;
@@ -229,16 +230,13 @@ TEST(Node, ChildChangeErrorsInOrder) {
         std::string message;
     } cases[] = {
         {"append null", [&] { t.root->appendChild(nullptr); }, ZK_ERROR_NULL_ARGUMENT, nullNew},
-        {"append foreign", [&] { t.root->appendChild(foreign); }, ZK_ERROR_WRONG_DOCUMENT,
-         wrongDoc},
-        {"insert null", [&] { t.root->insertBefore(nullptr, t.a); }, ZK_ERROR_NULL_ARGUMENT,
-         nullNew},
+        {"append foreign", [&] { t.root->appendChild(foreign); }, ZK_ERROR_WRONG_DOCUMENT, wrongDoc},
+        {"insert null", [&] { t.root->insertBefore(nullptr, t.a); }, ZK_ERROR_NULL_ARGUMENT, nullNew},
         {"insert null before stranger", [&] { t.root->insertBefore(nullptr, loose); },
          ZK_ERROR_NULL_ARGUMENT, nullNew},
         {"insert before stranger", [&] { t.root->insertBefore(foreign, loose); },
          ZK_ERROR_NOT_CHILD, notChildRef},
-        {"insert foreign", [&] { t.root->insertBefore(foreign, t.a); }, ZK_ERROR_WRONG_DOCUMENT,
-         wrongDoc},
+        {"insert foreign", [&] { t.root->insertBefore(foreign, t.a); }, ZK_ERROR_WRONG_DOCUMENT, wrongDoc},
         {"insert foreign at end", [&] { t.root->insertBefore(foreign, nullptr); },
          ZK_ERROR_WRONG_DOCUMENT, wrongDoc},
         {"remove null", [&] { t.root->removeChild(nullptr); }, ZK_ERROR_NULL_ARGUMENT, nullOld},
@@ -248,11 +246,11 @@ TEST(Node, ChildChangeErrorsInOrder) {
          ZK_ERROR_NULL_ARGUMENT, nullNew},
         {"replace null old", [&] { t.root->replaceChild(foreign, nullptr); },
          ZK_ERROR_NULL_ARGUMENT, nullOld},
-        {"replace stranger", [&] { t.root->replaceChild(foreign, loose); }, ZK_ERROR_NOT_CHILD,
-         notChildOld},
+        {"replace stranger", [&] { t.root->replaceChild(foreign, loose); }, ZK_ERROR_NOT_CHILD, notChildOld},
         {"replace with foreign", [&] { t.root->replaceChild(foreign, t.a); },
          ZK_ERROR_WRONG_DOCUMENT, wrongDoc},
     };
+    // clang-format on
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
         EXPECT_TRUE(throwsCode(test.action, test.code, test.message));

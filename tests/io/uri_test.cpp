@@ -98,6 +98,7 @@ TEST(Uri, DriveLetters) {
     EXPECT_FALSE(ZkUri::hasDriveLetter(u"C:", -1));
 }
 
+// clang-format off
 TEST(Uri, EscapeAndUnescape) {
     EXPECT_EQ("a%20b%25c%22%5C", utf8(ZkUri::escape(u"a b%c\"\\")));
     EXPECT_EQ("a#b", utf8(ZkUri::escape(u"a#b")));
@@ -113,12 +114,7 @@ TEST(Uri, EscapeAndUnescape) {
         {"caf%C3%A9", "caf\xC3\xA9"},
         {"%E6%97%A5%E6%9C%AC", "\xE6\x97\xA5\xE6\x9C\xAC"},
         {"%F0%9F%98%80", "\xF0\x9F\x98\x80"},
-        {"bad%FFbyte", "bad%FFbyte"},
-        {"half%C3", "half%C3"},
-        {"%C3%A9%FF%41", "\xC3\xA9%FFA"},
-        {"100%", "100%"},
-        {"%4", "%4"},
-        {"%zz", "%zz"},
+        {"bad%FFbyte", "bad%FFbyte"}, {"half%C3", "half%C3"}, {"%C3%A9%FF%41", "\xC3\xA9%FFA"}, {"100%", "100%"}, {"%4", "%4"}, {"%zz", "%zz"},
         {"plain", "plain"},
     };
     for (const Case& c : cases) {
@@ -126,6 +122,7 @@ TEST(Uri, EscapeAndUnescape) {
         EXPECT_EQ(c.expected, utf8(ZkUri::unescape(u(c.text))));
     }
 }
+// clang-format on
 
 TEST(Uri, ValidCharactersAndUris) {
     for (char c : std::string("AZaz09!#$%&'()*+,-./:;=?@[]_~"))

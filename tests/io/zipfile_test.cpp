@@ -55,38 +55,17 @@ std::string fields(std::initializer_list<std::pair<uint64_t, int>> list) {
     return out;
 }
 
+// clang-format off
 std::string localHeader(const std::string& name, unsigned flags, unsigned method, uint32_t crc,
                         uint32_t compressed, uint32_t size) {
-    return "PK\x03\x04" +
-           fields({{20, 2},
-                   {flags, 2},
-                   {method, 2},
-                   {0, 4},
-                   {crc, 4},
-                   {compressed, 4},
-                   {size, 4},
-                   {name.size(), 2},
-                   {0, 2}}) +
-           name;
+    return "PK\x03\x04" + fields({{20, 2}, {flags, 2}, {method, 2}, {0, 4}, {crc, 4}, {compressed, 4}, {size, 4}, {name.size(), 2}, {0, 2}}) + name;
 }
 
 std::string centralRecord(const std::string& name, unsigned flags, unsigned method, uint32_t crc,
                           uint32_t compressed, uint32_t size, uint32_t offset) {
-    return "PK\x01\x02" +
-           fields({{20, 2},
-                   {20, 2},
-                   {flags, 2},
-                   {method, 2},
-                   {0, 4},
-                   {crc, 4},
-                   {compressed, 4},
-                   {size, 4},
-                   {name.size(), 2},
-                   {0, 8},
-                   {0, 4},
-                   {offset, 4}}) +
-           name;
+    return "PK\x01\x02" + fields({{20, 2}, {20, 2}, {flags, 2}, {method, 2}, {0, 4}, {crc, 4}, {compressed, 4}, {size, 4}, {name.size(), 2}, {0, 8}, {0, 4}, {offset, 4}}) + name;
 }
+// clang-format on
 
 std::string endRecord(unsigned count, uint32_t size, uint32_t offset) {
     return "PK\x05\x06" + fields({{0, 4}, {count, 2}, {count, 2}, {size, 4}, {offset, 4}, {0, 2}});

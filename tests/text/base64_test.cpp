@@ -18,18 +18,13 @@ std::string decode(const UnicodeString& text) {
 
 } // namespace
 
+// clang-format off
 TEST(ZkUtilBase64, Rfc4648Vectors) {
     struct Case {
         const char* plain;
         const char16_t* encoded;
     } cases[] = {
-        {"", u""},
-        {"f", u"Zg=="},
-        {"fo", u"Zm8="},
-        {"foo", u"Zm9v"},
-        {"foob", u"Zm9vYg=="},
-        {"fooba", u"Zm9vYmE="},
-        {"foobar", u"Zm9vYmFy"},
+        {"", u""}, {"f", u"Zg=="}, {"fo", u"Zm8="}, {"foo", u"Zm9v"}, {"foob", u"Zm9vYg=="}, {"fooba", u"Zm9vYmE="}, {"foobar", u"Zm9vYmFy"},
     };
     for (const Case& k : cases) {
         SCOPED_TRACE(k.plain);
@@ -42,6 +37,7 @@ TEST(ZkUtilBase64, Rfc4648Vectors) {
         EXPECT_EQ(decode(UnicodeString(k.encoded)), plain);
     }
 }
+// clang-format on
 
 TEST(ZkUtilBase64, AllByteValuesRoundTripAcrossReadBlocks) {
     // Longer than one 3072-byte read block and not a multiple of three.

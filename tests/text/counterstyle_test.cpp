@@ -73,30 +73,20 @@ TEST(CounterStyle, PredefinedStylesMatchTheTable) {
 }
 
 TEST(CounterStyle, KnownMarkers) {
+    // Markers past the sampled values of tests/data/text/counterstyles.tsv.
     // clang-format off
     struct Case { const char16_t* style; long long value; const char* expected; } cases[] = {
-        {u"lower-alpha", 1, "a. "}, {u"lower-alpha", 26, "z. "}, {u"lower-alpha", 27, "aa. "},
-        {u"lower-alpha", 702, "zz. "}, {u"lower-alpha", 703, "aaa. "}, {u"lower-alpha", 0, "0. "},
-        {u"lower-roman", 3999, "mmmcmxcix. "}, {u"lower-roman", 4000, "4000. "},
-        {u"upper-roman", 1994, "MCMXCIV. "}, {u"simple-upper-roman", 4999, "MMMMDCCCCLXXXXVIIII. "},
+        {u"lower-alpha", 702, "zz. "}, {u"lower-alpha", 703, "aaa. "},
+        {u"upper-roman", 1994, "MCMXCIV. "},
         {u"decimal", -5, "-5. "}, {u"decimal", -9223372036854775807LL - 1, "-9223372036854775808. "},
         {u"disc", 123456, "\u2022 "}, {u"disc", -3, "\u2022 "},
-        {u"simp-chinese-informal", 10, "\u5341\u3001"},
-        {u"simp-chinese-informal", 12, "\u5341\u4E8C\u3001"},
-        {u"simp-chinese-informal", 101, "\u4E00\u767E\u96F6\u4E00\u3001"},
-        {u"simp-chinese-informal", 110, "\u4E00\u767E\u4E00\u5341\u3001"},
+        {u"simp-chinese-informal", 10, "\u5341\u3001"}, {u"simp-chinese-informal", 12, "\u5341\u4E8C\u3001"}, {u"simp-chinese-informal", 101, "\u4E00\u767E\u96F6\u4E00\u3001"}, {u"simp-chinese-informal", 110, "\u4E00\u767E\u4E00\u5341\u3001"},
         {u"simp-chinese-formal", 12, "\u58F9\u62FE\u8D30\u3001"},
-        {u"trad-chinese-informal", 1001, "\u4E00\u5343\u96F6\u4E00\u3001"},
-        {u"trad-chinese-informal", 20, "\u4E8C\u5341\u3001"},
-        {u"japanese-informal", 1234, "\u5343\u4E8C\u767E\u4E09\u5341\u56DB\u3001"},
-        {u"japanese-formal", -1, "\u30DE\u30A4\u30CA\u30B9\u58F1\u3001"},
-        {u"hebrew", 15, "\u05D8\u05D5. "}, {u"hebrew", 16, "\u05D8\u05D6. "},
-        {u"hebrew", 5784, "\u05D4\u05F3\u05EA\u05E9\u05E4\u05D3. "},
-        {u"ethiopic-numeric", 100, "\u137B/ "}, {u"ethiopic-numeric", 10000, "\u137C/ "},
-        {u"ethiopic-numeric", 78010092, "\u1378\u1370\u137B\u1369\u137C\u137A\u136A/ "},
-        {u"circled-decimal", 0, "\u24EA "}, {u"circled-decimal", 21, "\u3251 "},
-        {u"decimal-leading-zero", -9, "-09. "}, {u"decimal-leading-zero", 7, "07. "},
-        {u"cjk-decimal", 2024, "\u4E8C\u3007\u4E8C\u56DB\u3001"},
+        {u"trad-chinese-informal", 1001, "\u4E00\u5343\u96F6\u4E00\u3001"}, {u"trad-chinese-informal", 20, "\u4E8C\u5341\u3001"},
+        {u"hebrew", 15, "\u05D8\u05D5. "}, {u"hebrew", 16, "\u05D8\u05D6. "}, {u"hebrew", 5784, "\u05D4\u05F3\u05EA\u05E9\u05E4\u05D3. "},
+        {u"ethiopic-numeric", 100, "\u137B/ "}, {u"ethiopic-numeric", 10000, "\u137C/ "}, {u"ethiopic-numeric", 78010092, "\u1378\u1370\u137B\u1369\u137C\u137A\u136A/ "},
+        {u"circled-decimal", 21, "\u3251 "},
+        {u"decimal-leading-zero", 7, "07. "},
         {u"lower-greek", 17, "\u03C1. "}, {u"lower-greek", 18, "\u03C3. "},
     };
     // clang-format on

@@ -104,6 +104,7 @@ TEST(ZkUtilQuoting, RoundTripInModes3And7And43) {
     }
 }
 
+// clang-format off
 TEST(ZkUtilQuoting, ParseStringStopsBehindTheClosingQuote) {
     struct Case {
         const char16_t* text;
@@ -111,23 +112,12 @@ TEST(ZkUtilQuoting, ParseStringStopsBehindTheClosingQuote) {
         const char16_t* expected; // null: bogus
         int consumed;
     } cases[] = {
-        {u"'abc' def", 7, u"abc", 5},
-        {u"  \"abc\"", 7, u"abc", 7},
-        {u"'a''b'x", 7, u"a'b", 6},
-        {u"'a''b'x", 3, u"a", 3},
-        {u"\"a\\\"b\"", 43, u"a\"b", 6},
-        {u"\"a\\\nb\"", 43, u"ab", 6},
-        {u"\"a\\\r\nb\"", 43, u"ab", 7},
-        {u"\"\\41 B\"", 43, u"AB", 7},
-        {u"\"\\000041B\"", 43, u"AB", 10},
-        {u"\"\\0\"", 43, u"\uFFFD", 4},
+        {u"'abc' def", 7, u"abc", 5}, {u"  \"abc\"", 7, u"abc", 7}, {u"'a''b'x", 7, u"a'b", 6}, {u"'a''b'x", 3, u"a", 3},
+        {u"\"a\\\"b\"", 43, u"a\"b", 6}, {u"\"a\\\nb\"", 43, u"ab", 6}, {u"\"a\\\r\nb\"", 43, u"ab", 7}, {u"\"\\41 B\"", 43, u"AB", 7},
+        {u"\"\\000041B\"", 43, u"AB", 10}, {u"\"\\0\"", 43, u"\uFFFD", 4},
         {u"\"\\110000\"", 43, u"\uFFFD", 9},
         {u"\"\\1F600\"", 43, u"\U0001F600", 8},
-        {u"'open", 7, nullptr, 5},
-        {u"x'a'", 7, nullptr, 0},
-        {u"'a'", 1, nullptr, 0},
-        {u"\"a\"", 2, nullptr, 0},
-        {u"\"ab\\", 43, nullptr, 4},
+        {u"'open", 7, nullptr, 5}, {u"x'a'", 7, nullptr, 0}, {u"'a'", 1, nullptr, 0}, {u"\"a\"", 2, nullptr, 0}, {u"\"ab\\", 43, nullptr, 4},
     };
     for (const Case& k : cases) {
         UnicodeString source(k.text);
@@ -143,22 +133,17 @@ TEST(ZkUtilQuoting, ParseStringStopsBehindTheClosingQuote) {
     }
     EXPECT_TRUE(ZkUtil::parseString(nullptr, nullptr, 7).isBogus());
 }
+// clang-format on
 
+// clang-format off
 TEST(ZkUtilQuoting, UnquoteString) {
     struct Case {
         const char16_t* text;
         int mode;
         const char16_t* expected; // null: bogus
     } cases[] = {
-        {u"  'abc'  ", 7, u"abc"},
-        {u"'a''b'", 7, u"a'b"},
-        {u"'a' trailing", 7, nullptr},
-        {u"abc", 7, nullptr},
-        {u"'unclosed", 7, nullptr},
-        {u"\"a\"b\"", 3, u"a\"b"},
-        {u"'a'b'", 3, u"a'b"},
-        {u"\"a\"b'", 3, nullptr},
-        {u"\"a\"b\"", 43, nullptr},
+        {u"  'abc'  ", 7, u"abc"}, {u"'a''b'", 7, u"a'b"}, {u"'a' trailing", 7, nullptr}, {u"abc", 7, nullptr}, {u"'unclosed", 7, nullptr},
+        {u"\"a\"b\"", 3, u"a\"b"}, {u"'a'b'", 3, u"a'b"}, {u"\"a\"b'", 3, nullptr}, {u"\"a\"b\"", 43, nullptr},
         {u"abc", ZkUtil::QUOTE_BACKSLASH, u"abc"},
         {u"\"\"", 7, u""},
     };
@@ -172,6 +157,7 @@ TEST(ZkUtilQuoting, UnquoteString) {
             EXPECT_TRUE(result.isBogus()) << utf8(result);
     }
 }
+// clang-format on
 
 TEST(ZkUtilQuoting, QuoteUri) {
     EXPECT_TRUE(sameText(ZkUtil::quoteUri(u"a.png"), u"url(\"a.png\")"));

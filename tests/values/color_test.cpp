@@ -85,97 +85,35 @@ TEST(ZkColor, SpecialAndSystemNames) {
     EXPECT_FALSE(ZkColor::isInvalidColorNameValue(ZkValue(u"nosuchcolor")));
 }
 
+// tests/data/values/colorforms.tsv: text, "icc" when icc-color() is allowed, the printed colour
+// ("-": a failure, the text comes back as a string), "clamped" when a component was clamped.
 TEST(ZkColor, FunctionForms) {
-    struct Case {
-        const char* text;
-        bool allowIcc;
-        const char* printed; // nullptr: the text comes back as a string
-        bool clamped;
-    };
-    // clang-format off
-    const Case cases[] = {
-        {"rgb(255,0,0)", false, "#FF0000", false},
-        {"RGB( 1 2 3 )", false, "#010203", false},
-        {"rgb(300,0,0)", false, "#FF0000", true},
-        {"rgb(-5, 10, 20)", false, "#000A14", true},
-        {"rgb(100%,50%,0%)", false, "rgb(100%,50%,0%)", false},
-        {"rgb(150%,50%,0%)", false, "rgb(150%,50%,0%)", true},
-        {"rgb(255,0,0,0.5)", false, "rgba(255,0,0,0.5)", false},
-        {"rgba(255,0,0,0.5)", false, "rgba(255,0,0,0.5)", false},
-        {"rgba(255,0,0,50%)", false, "rgba(255,0,0,0.5)", false},
-        {"rgba(255,0,0,1.5)", false, "rgba(255,0,0,1)", true},
-        {"rgba(red, 50%)", false, "rgba(255,0,0,0.5)", false},
-        {"rgba(#00ff00, 0.25)", false, "rgba(0,255,0,0.25)", false},
-        {"hsl(120,100%,50%)", false, "hsl(120,100%,50%)", false},
-        {"hsl(-30,100%,50%)", false, "hsl(330,100%,50%)", false},
-        {"hsl(0,150%,50%)", false, "hsl(0,100%,50%)", true},
-        {"hsla(0,100%,50%,0.5)", false, "hsla(0,100%,50%,0.5)", false},
-        {"cmyk(0,1,1,0)", false, "cmyk(0,1,1,0)", false},
-        {"device-cmyk(0%,100%,100%,0%)", false, "cmyk(0,1,1,0)", false},
-        {"cmyk(0,0,0,2)", false, "cmyk(0,0,0,1)", true},
-        {"cmyka(0,0,0,1,0.5)", false, "cmyka(0,0,0,1,0.5)", false},
-        {"system-color(window)", false, "#FFFFFF", false},
-        {"rgb-icc(255,0,0,#CMYK,0,1,1,0)", false, "rgb-icc(255,0,0,#CMYK,0,1,1,0)", false},
-        {"rgb-icc(255,0,0,#CMYK,0,1,1,3)", false, "rgb-icc(255,0,0,#CMYK,0,1,1,1)", true},
-        {"rgb-icc(#GRAYSCALE,0.5)", false, "rgb-icc(#GRAYSCALE,0.5)", false},
-        {"rgb-icc(128,128,128,#GRAYSCALE,0.5)", false, "rgb-icc(128,128,128,#GRAYSCALE,0.5)", false},
-        {"rgb-icc(0,0,0,#SEPARATION,'Gold',0.5)", false, "rgb-icc(0,0,0,#SEPARATION,\"Gold\",0.5)", false},
-        {"rgb-icc(#SpotColor,\"Gold\",0.5,0,0.2,1,0)", false, "rgb-icc(#SEPARATION,\"Gold\",0.5,0,0.2,1,0)", false},
-        {"rgb-icc(#SEPARATION,Gold)", false, "rgb-icc(#SEPARATION,\"Gold\")", false},
-        {"rgb-icc(#REGISTRATION,1)", false, "rgb-icc(#REGISTRATION,1)", false},
-        {"rgb-icc(10,20,30,myprofile,0.1,0.2,0.3,0.4)", false, "rgb-icc(10,20,30,myprofile,0.1,0.2,0.3,0.4)", false},
-        {"rgb-icc(10,20,30,myprofile,2)", false, "rgb-icc(10,20,30,myprofile,2,0,0,0)", false},
-        {"icc-color(#CMYK,0,0,0,1)", true, "cmyk(0,0,0,1)", false},
-        {"#FF0000 icc-color(#CMYK,0,1,1,0)", true, "rgb-icc(255,0,0,#CMYK,0,1,1,0)", false},
-        {"red icc-color(#GRAYSCALE,0.3)", true, "rgb-icc(255,0,0,#GRAYSCALE,0.3)", false},
-        {"rgb(0,0,255) icc-color(#CMYK,1,1,0,0)", true, "rgb-icc(0,0,255,#CMYK,1,1,0,0)", false},
-        {"#abcd", false, "rgba(170,187,204,0.866667)", false},
-        // failures
-        {"", false, nullptr, false},
-        {"rgb(1,2)", false, nullptr, false},
-        {"rgb(1,2,3", false, nullptr, false},
-        {"rgb(a,b,c)", false, nullptr, false},
-        {"rgb(1,2,3) x", false, nullptr, false},
-        {"rgba(nosuch, 50%)", false, nullptr, false},
-        {"rgba(red, x)", false, nullptr, false},
-        {"hsl(120,100,50)", false, nullptr, false},
-        {"hsl(1px,10%,50%)", false, nullptr, false},
-        {"cmyk(a,0,0,0)", false, nullptr, false},
-        {"cmyk(0,0,0)", false, nullptr, false},
-        {"system-color(nosuch)", false, nullptr, false},
-        {"icc-color(#CMYK,0,0,0,1)", false, nullptr, false},
-        {"rgb-icc(1,2,3,#CMYK,0,0)", false, nullptr, false},
-        {"rgb-icc(1,2,3,#SEPARATION,'x',0.5,1)", false, nullptr, false},
-        {"rgb-icc(1,2,3,#FOO,0.5)", false, nullptr, false},
-        {"#FF0000 icc-color(#CMYK,0,1)", true, nullptr, false},
-        {"red blue", true, nullptr, false},
-        {"foo(1)", false, nullptr, false},
-        {"#12", false, nullptr, false},
-        {"#abcde", false, nullptr, false},
-        {"rgb(((((((((1", false, nullptr, false},
-    };
-    // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
-        bool clamped = !c.clamped;
-        ZkValue v = ZkParser::parseColor(u(c.text), c.allowIcc, &clamped);
-        if (!c.printed) {
+    const auto rows = readTable(ZK_TEST_DATA_DIR "/values/colorforms.tsv");
+    ASSERT_EQ(58u, rows.size());
+    for (const auto& row : rows) {
+        ASSERT_EQ(4u, row.size());
+        const std::string& text = row[0];
+        const bool failure = row[2] == "-";
+        const bool wantClamped = row[3] == "clamped";
+        SCOPED_TRACE(text);
+        bool clamped = !wantClamped;
+        ZkValue v = ZkParser::parseColor(u(text), row[1] == "icc", &clamped);
+        if (failure) {
             EXPECT_TRUE(v.isUnknownString());
-            EXPECT_EQ(c.text, utf8(v.toString()));
-            EXPECT_EQ(!c.clamped, clamped); // untouched
+            EXPECT_EQ(text, utf8(v.toString()));
+            EXPECT_EQ(!wantClamped, clamped); // untouched
             continue;
         }
         ASSERT_TRUE(v.isColor());
-        EXPECT_EQ(c.clamped, clamped);
+        EXPECT_EQ(wantClamped, clamped);
         ZkColor color = v.getColorValue(true);
-        EXPECT_EQ(c.printed, utf8(color.toString()));
+        EXPECT_EQ(row[2], utf8(color.toString()));
         // The printed form reads back to a colour that prints the same.
         EXPECT_EQ(
-            c.printed,
+            row[2],
             utf8(ZkParser::parseColor(color.toString(), true).getColorValue(true).toString()));
     }
 }
-
 TEST(ZkColor, ParseColorLeavesNamesAndPlainValues) {
     ZkValue red = ZkParser::parseColor(u"red", false);
     EXPECT_TRUE(red.isName());

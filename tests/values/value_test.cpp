@@ -183,22 +183,6 @@ TEST(ZkValue, ContainersAndObjects) {
     EXPECT_EQ(hollow.toString(), UnicodeString());
 }
 
-TEST(ZkValue, TagAccessors) {
-    ZkValue value(3, UnitPx);
-    value.setUnitType(UnitEm);
-    EXPECT_EQ(value.getUnitType(), UnitEm);
-    EXPECT_EQ(value.getValueType(), ValueInteger);
-    value.setValueUnitType(ValueInteger, UnitPt);
-    EXPECT_EQ(value.getUnitType(), UnitPt);
-    value.setRealValue(2.5f, UnitCm);
-    EXPECT_TRUE(value.isReal());
-    EXPECT_EQ(value.getRealValue(UnitCm), 2.5f);
-    value.setValueUnitType(ValueInteger);
-    EXPECT_EQ(value.getUnitType(), UnitNone);
-    value.setValueUnitType();
-    EXPECT_TRUE(value.isNull());
-}
-
 TEST(ZkValue, IntegerConversion) {
     EXPECT_EQ(ZkValue(7).getIntegerValue(0), 7);
     EXPECT_EQ(ZkValue(2.5f).getIntegerValue(0), 3);
@@ -304,14 +288,13 @@ TEST(ZkValue, NameFromAValue) {
     EXPECT_TRUE(ZkName(ZkValue()).isEmpty());
 }
 
+// clang-format off
 TEST(ZkValue, ToStringForms) {
     struct Case {
         ZkValue value;
         const char16_t* expected;
     } cases[] = {
-        {ZkValue(), u""},
-        {ZkValue(12), u"12"},
-        {ZkValue(-3, UnitPx), u"-3px"},
+        {ZkValue(), u""}, {ZkValue(12), u"12"}, {ZkValue(-3, UnitPx), u"-3px"},
         {ZkValue(50, UnitPercent2), u"50%"},
         {ZkValue(0x3042, UnitChar), u"\u3042"},
         {ZkValue(0x1F600, UnitChar), u"\U0001F600"},
@@ -332,6 +315,7 @@ TEST(ZkValue, ToStringForms) {
     EXPECT_EQ(ZkValue(u"MiXed").toString(true), UnicodeString(u"mixed"));
     EXPECT_EQ(ZkValue(u"MiXed").toString(false), UnicodeString(u"MiXed"));
 }
+// clang-format on
 
 TEST(ZkValue, ListAndCompoundPrinting) {
     ZkValue list;
