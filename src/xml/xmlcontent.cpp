@@ -457,12 +457,14 @@ void XmlScanner::scanDoctype() {
         report(kErrorDoctypeName, UnicodeString(), UnicodeString());
     m_ownText = prefix.isEmpty() ? local.toString() : prefix.toString() + u":" + local.toString();
     m_useOwnText = true;
+    m_doctypeName = ZkName(UnicodeString(m_ownText).toLower());
     if (skipWhitespace())
         readExternalId();
     skipWhitespace();
     if (peekChar() == '[') {
         readChar();
-        skipInternalSubset();
+        m_includeDepth = 0;
+        scanSubset(/*external=*/false);
     }
     skipWhitespace();
     UChar32 c = readChar();
@@ -470,54 +472,7 @@ void XmlScanner::scanDoctype() {
         report(kErrorDeclarationEnd, UnicodeString(u"DOCTYPE"), UnicodeString());
     else if (c != '>')
         report(kErrorUnexpectedCharacter, UnicodeString(c), UnicodeString());
-}
-
-void XmlScanner::skipInternalSubset() {
-    // The declarations of the internal subset are read by the DTD reader; until it is in place
-    // the subset is passed over whole, quotes, comments and instructions respected, and its
-    // entities stay undefined.
-    for (;;) {
-        UChar32 c = readChar();
-        switch (c) {
-        case kEof:
-            report(kErrorDeclarationEnd, UnicodeString(u"DOCTYPE"), UnicodeString());
-            return;
-        case ']':
-            return;
-        case '"':
-        case '\'': {
-            UChar32 quote = c;
-            do
-                c = readChar();
-            while (c != quote && c != kEof);
-            break;
-        }
-        case '<':
-            if (peekChar() == '!') {
-                readChar();
-                if (peekChar() == '-') {
-                    readChar();
-                    if (readChar() == '-') {
-                        for (int dashes = 0;;) {
-                            c = readChar();
-                            if (c == kEof || (dashes >= 2 && c == '>'))
-                                break;
-                            dashes = c == '-' ? dashes + 1 : 0;
-                        }
-                    }
-                }
-            } else if (peekChar() == '?') {
-                for (UChar32 previous = 0;; previous = c) {
-                    c = readChar();
-                    if (c == kEof || (previous == '?' && c == '>'))
-                        break;
-                }
-            }
-            break;
-        default:
-            break;
-        }
-    }
+    applyDoctypeIdentifiers();
 }
 
 } // namespace detail
