@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unicode/ustring.h>
 
 namespace ZkCommonNS {
 namespace detail {
@@ -25,8 +26,11 @@ constexpr unsigned short kErrorEmptyEntityName = 155;
 constexpr unsigned short kErrorEntityReference = 156;
 constexpr unsigned short kErrorEntityName = 159;
 constexpr unsigned short kErrorNData = 160;
+constexpr unsigned short kErrorXmlDeclarationPlace = 161;
 constexpr unsigned short kErrorCommentSyntax = 169;
 constexpr unsigned short kErrorBang = 170;
+constexpr unsigned short kErrorXmlCase = 171;
+constexpr unsigned short kErrorPITarget = 172;
 constexpr unsigned short kErrorCharRef = 178;
 constexpr unsigned short kErrorInvalidUnicode = 179;
 constexpr unsigned short kErrorLoopedEntity = 184;
@@ -107,6 +111,17 @@ std::u16string key(const UnicodeString& text) {
     return std::u16string(text.getBuffer(), size_t(text.length()));
 }
 
+bool isPubid(const UnicodeString& text) {
+    for (int32_t i = 0; i < text.length(); ++i) {
+        char16_t c = text[i];
+        bool pubidChar = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                         (c >= '0' && c <= '9') || u_strchr(u" \r\n-'()+,./:=?;!*#@$_%", c);
+        if (!pubidChar)
+            return false;
+    }
+    return true;
+}
+
 bool startsWith(const UnicodeString& text, const char16_t* prefix) {
     return text.startsWith(UnicodeString(prefix));
 }
@@ -127,8 +142,9 @@ void XmlScanner::scanSubset(bool external) {
     for (;;) {
         UChar32 c = readChar();
         if (c == kEof) {
-            if (!external)
-                report(kErrorDeclarationEnd, UnicodeString(u"DOCTYPE"), UnicodeString());
+            if (!external || m_includeDepth > 0)
+                report(kErrorDeclarationEnd, UnicodeString(external ? u"INCLUDE" : u"DOCTYPE"),
+                       UnicodeString());
             return;
         }
         if (isSpace(c))
@@ -158,7 +174,17 @@ void XmlScanner::scanSubset(bool external) {
         }
         c = readChar();
         if (c == '?') {
-            // A processing instruction in the subset is read and dropped.
+            // A processing instruction in the subset is read and dropped; an XML declaration
+            // has no place here.
+            ZkName target = readName();
+            UnicodeString name = target.toString();
+            if (name == UnicodeString(u"xml"))
+                report(kErrorXmlDeclarationPlace, UnicodeString(), UnicodeString());
+            else if (UnicodeString(name).toLower() == UnicodeString(u"xml"))
+                report(kErrorXmlCase, name, UnicodeString());
+            c = peekChar();
+            if (target.isEmpty() || (!isSpace(c) && c != '?'))
+                report(kErrorPITarget, name, UnicodeString());
             for (UChar32 previous = 0;; previous = c) {
                 c = readChar();
                 if (c == kEof) {
@@ -202,9 +228,11 @@ void XmlScanner::scanSubset(bool external) {
         } else if (word.startsWith(UnicodeString(u"ENTITY"))) {
             report(kErrorMissingWhitespaceAfter, UnicodeString(u"<!ENTITY"), UnicodeString());
             skipDeclaration(external);
-        } else if (keyword.isEmpty()) {
-            report(kErrorBang, UnicodeString(), UnicodeString());
+        } else if (word == UnicodeString(u"ELEMENT") || word == UnicodeString(u"ATTLIST") ||
+                   word == UnicodeString(u"NOTATION")) {
+            skipDeclaration(external);
         } else {
+            report(kErrorBang, word, UnicodeString());
             skipDeclaration(external);
         }
     }
@@ -463,6 +491,8 @@ void XmlScanner::scanEntityDeclaration(bool external) {
                 report(kErrorPubidLiteral, declared + u" PUBLIC", UnicodeString());
             UnicodeString pubid;
             readLiteral(LITERAL_PLAIN, pubid);
+            if (!isPubid(pubid))
+                report(kErrorPubidLiteral, declared + u" PUBLIC", UnicodeString());
             if (!skipWhitespace())
                 report(kErrorMissingWhitespaceAfter, declared + u" PUBLIC", UnicodeString());
         }
