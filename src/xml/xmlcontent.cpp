@@ -432,6 +432,8 @@ void XmlScanner::readExternalId() {
     }
     bool spaced = skipWhitespace();
     UChar32 quote = peekChar();
+    if (keyword == ZKN_PUBLIC && quote == '>')
+        return; // a public identifier alone, as HTML writes it
     if (quote != '"' && quote != '\'') {
         report(kErrorSystemLiteral, word, UnicodeString());
         return;

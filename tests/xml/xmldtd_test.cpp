@@ -30,7 +30,8 @@ Outcome parse(const std::string& input, const std::string& base = std::string(),
                 outcome.text += utf8(parser->getText());
             if (event == ZkXmlParser::START_TAG) {
                 for (int i = 0; i < parser->getAttributeCount(); ++i)
-                    outcome.text += "[" + utf8(parser->getAttributeValue(i)) + "]";
+                    if (parser->getAttributeNamespace(i) != ZKN_NS_XMLNS)
+                        outcome.text += "[" + utf8(parser->getAttributeValue(i)) + "]";
             }
         }
     } catch (const ZkError& error) {
@@ -127,4 +128,136 @@ TEST(XmlDtd, ConditionalSectionsAndParameterEntities) {
     // A stray "]" ends an ignored section one "]" early: "c" is then declared by what follows
     // the first "]]>"; the internal subset wins over the external one.
     EXPECT_EQ(outcome.text, "included|declared|after|own");
+}
+
+namespace {
+
+std::string laughs(int levels, int fanOut) {
+    std::string doc = "<!DOCTYPE x [<!ENTITY l0 \"lol\">";
+    for (int level = 1; level <= levels; ++level) {
+        doc += "<!ENTITY l" + std::to_string(level) + " \"";
+        for (int i = 0; i < fanOut; ++i)
+            doc += "&l" + std::to_string(level - 1) + ";";
+        doc += "\">";
+    }
+    return doc + "]>";
+}
+
+} // namespace
+
+TEST(XmlDtd, ExpansionsThatNeverEndStop) {
+    // A billion laughs, in text and in an attribute value.
+    Outcome text = parse(laughs(9, 10) + "<x>&l9;</x>");
+    EXPECT_EQ(text.code, 190) << text.message;
+    Outcome value = parse(laughs(9, 10) + "<x a='&l9;'/>");
+    EXPECT_EQ(value.code, 190) << value.message;
+    // Quadratic blowup: one large entity referred to many times.
+    std::string big(100000, 'a');
+    std::string refs;
+    for (int i = 0; i < 200; ++i)
+        refs += "&b;";
+    Outcome quadratic = parse("<!DOCTYPE x [<!ENTITY b \"" + big + "\">]><x>" + refs + "</x>");
+    EXPECT_EQ(quadratic.code, 190) << quadratic.message;
+    // Cycles that yield no text, general and parameter.
+    Outcome cycle = parse("<!DOCTYPE x [<!ENTITY a \"&b;\"><!ENTITY b \"&a;\">]><x>&a;</x>");
+    EXPECT_EQ(cycle.code, 184);
+    EXPECT_EQ(cycle.message.substr(0, cycle.message.find('\n')), "Looped entity reference: &a;");
+    Outcome inValue = parse("<!DOCTYPE x [<!ENTITY a \"&a;\">]><x y='&a;'/>");
+    EXPECT_EQ(inValue.code, 184);
+    Outcome parameter = parse("<!DOCTYPE x [<!ENTITY % p \"%p;\">]><x/>");
+    EXPECT_EQ(parameter.code, 140); // the internal subset takes no reference inside a declaration
+    TempDir dir;
+    dir.file("loop.dtd", "<!ENTITY % p '&#37;q;'><!ENTITY % q '&#37;p;'> %p;");
+    std::string doc = dir.file("doc.xml", "<!DOCTYPE x SYSTEM 'loop.dtd'><x/>");
+    Outcome external = parse("<!DOCTYPE x SYSTEM 'loop.dtd'><x/>", fileUri(doc));
+    EXPECT_EQ(external.code, 184) << external.message;
+    // The same expansions within the limit are whole.
+    Outcome small = parse(laughs(3, 3) + "<x>&l3;</x>");
+    EXPECT_EQ(small.code, 0);
+    EXPECT_EQ(small.text.size(), 81u);
+}
+
+TEST(XmlDtd, BuiltInSetsFromTheDoctype) {
+    // Well-known identifiers stand for their DTDs, which are never fetched.
+    Outcome mathml =
+        parse("<!DOCTYPE math SYSTEM \"http://www.w3.org/Math/DTD/mathml2/mathml2.dtd\">"
+              "<math>&alpha;&zopf;&NotEqualTilde;</math>");
+    EXPECT_EQ(mathml.code, 0) << mathml.message;
+    EXPECT_EQ(mathml.text, "\u03B1\U0001D56B\u2242\u0338");
+    Outcome xhtml = parse("<!DOCTYPE html PUBLIC \"-//W3C//DTD XHTML 1.0 Strict//EN\" "
+                          "\"http://www.w3.org/TR/xhtml1/DTD/xhtml1-strict.dtd\">"
+                          "<html>&nbsp;&eacute;&lt;&amp;</html>");
+    EXPECT_EQ(xhtml.code, 0) << xhtml.message;
+    EXPECT_EQ(xhtml.text, "\u00A0\u00E9<&");
+    Outcome publicOnly =
+        parse("<!DOCTYPE html PUBLIC \"-//W3C//DTD HTML 4.01//EN\"><html>&copy;</html>");
+    EXPECT_EQ(publicOnly.text, "\u00A9");
+    // A document's own declaration wins over the set; with the feature off nothing is loaded.
+    Outcome own = parse("<!DOCTYPE math SYSTEM \"http://www.w3.org/TR/MathML2/dtd/mathml2.dtd\" "
+                        "[<!ENTITY alpha \"A\">]><math>&alpha;</math>");
+    EXPECT_EQ(own.text, "A");
+    Outcome off = parse("<!DOCTYPE math SYSTEM \"http://www.w3.org/Math/DTD/mathml2/mathml2.dtd\">"
+                        "<math>&alpha;</math>",
+                        std::string(), {ZkXmlParser::FEATURE_NO_EXTERNAL_DTD});
+    EXPECT_EQ(off.code, 158);
+}
+
+TEST(XmlDtd, MathMLScope) {
+    const std::string ns = " xmlns='http://www.w3.org/1998/Math/MathML'";
+    Outcome inside = parse("<doc><m:math xmlns:m='http://www.w3.org/1998/Math/MathML'>&alpha;"
+                           "</m:math></doc>");
+    EXPECT_EQ(inside.code, 0) << inside.message;
+    EXPECT_EQ(inside.text, "\u03B1");
+    Outcome outside = parse("<doc><math" + ns + ">&alpha;</math>&alpha;</doc>");
+    EXPECT_EQ(outside.code, 158);
+    Outcome root = parse("<math" + ns + "><mi>&alpha;</mi></math>");
+    EXPECT_EQ(root.code, 0);
+    EXPECT_EQ(root.text, "\u03B1");
+}
+
+TEST(XmlDtd, EntityMapsApi) {
+    ZkPtr<ZkXmlParser> parser = ZkXmlParser::createXmlParser();
+    std::istringstream in("<!DOCTYPE x [<!ENTITY a 'doc'>]><x>&a;&b;</x>");
+    parser->setInput(in, UnicodeString(), UnicodeString());
+    EXPECT_EQ(parser->nextToken(), ZkXmlParser::DOCDECL);
+    const void* saved = parser->saveEntityMaps();
+    ASSERT_NE(saved, nullptr);
+    parser->defineEntityReplacementText(ZkName(u"a"), u"mine");
+    parser->defineEntityReplacementText(ZkName(u"b"), u"B");
+    parser->addMathMLEntities();
+    parser->recoverEntityMaps(saved);
+    EXPECT_EQ(saved, nullptr);
+    parser->recoverEntityMaps(saved); // a null snapshot does nothing
+    parser->defineEntityReplacementText(ZkName(u"b"), u"B");
+    std::string text;
+    try {
+        for (int event; (event = parser->next()) != ZkXmlParser::END_DOCUMENT;)
+            if (event == ZkXmlParser::TEXT)
+                text += utf8(parser->getText());
+    } catch (const ZkError& error) {
+        ADD_FAILURE() << utf8(error.getRawMessage());
+    }
+    EXPECT_EQ(text, "docB");
+}
+
+TEST(XmlDtd, ExternalSubsetErrorsAndCache) {
+    TempDir dir;
+    std::string doc = dir.file("doc.xml", "");
+    const std::string missing = "<!DOCTYPE x SYSTEM 'missing.dtd'><x>t</x>";
+    EXPECT_NE(parse(missing, fileUri(doc)).code, 0);
+    Outcome lax = parse(missing, fileUri(doc), {ZkXmlParser::FEATURE_LAX_DTD_ERRORS});
+    EXPECT_EQ(lax.code, 0) << lax.message;
+    EXPECT_EQ(lax.text, "t");
+    // A subset read once is kept for the process: a later change to the file is not seen.
+    std::string dtd =
+        dir.file("cached.dtd", "<!ENTITY e 'first'><!ENTITY u SYSTEM 'u.ent' NDATA n>");
+    const std::string uses = "<!DOCTYPE x SYSTEM 'cached.dtd'><x>&e;</x>";
+    EXPECT_EQ(parse(uses, fileUri(doc)).text, "first");
+    dir.file("cached.dtd", "<!ENTITY e 'second'>");
+    EXPECT_EQ(parse(uses, fileUri(doc)).text, "first");
+    // External parsed entities are read in place; relative ids resolve beside the subset.
+    dir.file("part.ent", "<y>part</y>");
+    Outcome part = parse("<!DOCTYPE x [<!ENTITY p SYSTEM 'part.ent'>]><x>&p;!</x>", fileUri(doc));
+    EXPECT_EQ(part.code, 0) << part.message;
+    EXPECT_EQ(part.text, "part!");
 }
