@@ -432,6 +432,11 @@ void XmlScanner::finishStartTag() {
     if (root) {
         m_rootSeen = true;
         m_rootNamespace = element.ns;
+        // The character entities of the syntax come with its first element.
+        if (isHtml())
+            loadEntitySet(kEntitySetHtml);
+        else if (isXhtml())
+            loadEntitySet(kEntitySetXhtml);
     }
     if (element.local == ZKN_math && element.ns == ZKN_NS_MATHML)
         enterMathScope();

@@ -202,6 +202,18 @@ TEST(XmlDtd, BuiltInSetsFromTheDoctype) {
     EXPECT_EQ(off.code, 158);
 }
 
+TEST(XmlDtd, XhtmlSyntaxBringsItsEntities) {
+    ZkPtr<ZkXmlParser> parser = ZkXmlParser::createXmlParser();
+    parser->setParserType(ZKN_xhtml, ZKN_html);
+    std::istringstream in("<html><p>&nbsp;&hellip;</p></html>");
+    parser->setInput(in, UnicodeString(), UnicodeString());
+    std::string text;
+    for (int event; (event = parser->next()) != ZkXmlParser::END_DOCUMENT;)
+        if (event == ZkXmlParser::TEXT)
+            text += utf8(parser->getText());
+    EXPECT_EQ(text, "\u00A0\u2026");
+}
+
 TEST(XmlDtd, MathMLScope) {
     const std::string ns = " xmlns='http://www.w3.org/1998/Math/MathML'";
     Outcome inside = parse("<doc><m:math xmlns:m='http://www.w3.org/1998/Math/MathML'>&alpha;"
