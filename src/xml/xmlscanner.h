@@ -296,7 +296,7 @@ public:
     bool readTextDeclaration();
     void scanBang();
     void scanDoctype();
-    void readExternalId();
+    void readExternalId(const UnicodeString& head);
 
     // ---- DTD and entities (xmldtd.cpp)
     /// Reads declarations up to "]" (internal) or the end of the input (external).
