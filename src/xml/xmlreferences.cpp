@@ -134,6 +134,9 @@ void XmlScanner::readReference(UnicodeString* out) {
         // A reference is content: outside the root element it is text at the top level.
         report(kErrorTopLevelText, UnicodeString(u"&"), UnicodeString());
     }
+    // A reference begun in an entity's text ends there: one that runs past the end of the
+    // expansion is broken.
+    size_t expansions = m_expanding.size();
     UChar32 c = readChar();
     if (c == '#') {
         UnicodeString digits;
@@ -141,6 +144,10 @@ void XmlScanner::readReference(UnicodeString* out) {
         UChar32 value = readCharReference(digits, ok);
         if (!ok)
             return;
+        if (m_expanding.size() < expansions) {
+            report(kErrorCharRef, digits, UnicodeString());
+            return;
+        }
         if (out) {
             out->append(value);
         } else {
@@ -157,7 +164,7 @@ void XmlScanner::readReference(UnicodeString* out) {
         return;
     }
     c = readChar();
-    if (c != ';') {
+    if (c != ';' || m_expanding.size() < expansions) {
         pushBack(c);
         report(kErrorEntityReference, UnicodeString(u"&") + name.toString() + charText(c),
                UnicodeString());
