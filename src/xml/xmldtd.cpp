@@ -34,6 +34,7 @@ constexpr unsigned short kErrorPITarget = 172;
 constexpr unsigned short kErrorCharRef = 178;
 constexpr unsigned short kErrorInvalidUnicode = 179;
 constexpr unsigned short kErrorLoopedEntity = 184;
+constexpr unsigned short kErrorHugeText = 190;
 constexpr unsigned short kErrorUndefinedParameter = 514;
 constexpr unsigned short kErrorEmptyInput = 68;
 constexpr unsigned short kErrorExternalEntity = 516;
@@ -333,7 +334,13 @@ void XmlScanner::parameterReference(bool external) {
                 return;
             }
         }
-        // The replacement is read again as subset text, set apart by a space on each side.
+        // The replacement is read again as subset text, set apart by a space on each side. All
+        // that parameter entities bring into one subset counts against the text limit.
+        m_subsetExpanded += internal->second.length() + 2;
+        if (m_hugeTextLimit > 0 && m_subsetExpanded > m_hugeTextLimit) {
+            report(kErrorHugeText, UnicodeString(), UnicodeString());
+            return;
+        }
         static const char16_t kEndMark[2] = {u' ', kExpansionEnd};
         pushBackText(kEndMark, 2);
         pushBackText(internal->second);
@@ -443,8 +450,15 @@ void XmlScanner::readEntityValue(bool external, UnicodeString& value) {
             return;
         }
         auto found = m_paramEntities.find(ZkName(name).getEnum());
-        if (found != m_paramEntities.end())
+        if (found != m_paramEntities.end()) {
+            // Values built from values grow by multiplication: the text limit holds here too.
+            if (m_hugeTextLimit > 0 &&
+                int64_t(value.length()) + found->second.length() > m_hugeTextLimit) {
+                report(kErrorHugeText, UnicodeString(), UnicodeString());
+                return;
+            }
             value.append(found->second);
+        }
     }
 }
 

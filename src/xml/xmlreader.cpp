@@ -116,6 +116,7 @@ void XmlScanner::reset() {
     m_setLoaded[0] = m_setLoaded[1] = m_setLoaded[2] = false;
     m_doctypeName = ZkName();
     m_includeDepth = 0;
+    m_subsetExpanded = 0;
     m_mathScopeDepth = -1;
     if (m_mathSnapshot)
         m_owner.recoverEntityMaps(m_mathSnapshot); // frees it

@@ -385,8 +385,9 @@ public:
     std::unordered_set<int32_t> m_reportedParams;
     bool m_setLoaded[3] = {}; ///< the built-in sets loaded into this parser
     ZkName m_doctypeName;
-    int m_includeDepth = 0;    ///< INCLUDE sections open in the subset
-    int m_mathScopeDepth = -1; ///< depth of the `math` element that loaded the MathML set
+    int m_includeDepth = 0;       ///< INCLUDE sections open in the subset
+    int64_t m_subsetExpanded = 0; ///< units parameter entities brought into the subsets
+    int m_mathScopeDepth = -1;    ///< depth of the `math` element that loaded the MathML set
     const void* m_mathSnapshot = nullptr;
 
     // Errors.

@@ -171,6 +171,27 @@ TEST(XmlDtd, ExpansionsThatNeverEndStop) {
     std::string doc = dir.file("doc.xml", "<!DOCTYPE x SYSTEM 'loop.dtd'><x/>");
     Outcome external = parse("<!DOCTYPE x SYSTEM 'loop.dtd'><x/>", fileUri(doc));
     EXPECT_EQ(external.code, 184) << external.message;
+    // Parameter entities that multiply: in the subset and in values built from values.
+    std::string spaces = "<!DOCTYPE x [<!ENTITY % s0 ' '>";
+    for (int level = 1; level <= 9; ++level) {
+        std::string previous = "%s" + std::to_string(level - 1) + ";";
+        spaces +=
+            "<!ENTITY % s" + std::to_string(level) + " '&#37;s" + std::to_string(level - 1) + ";";
+        for (int i = 1; i < 10; ++i)
+            spaces += "&#37;s" + std::to_string(level - 1) + ";";
+        spaces += "'>";
+    }
+    EXPECT_EQ(parse(spaces + "%s9;]><x/>").code, 190);
+    std::string values;
+    for (int level = 1; level <= 9; ++level) {
+        values += "<!ENTITY % v" + std::to_string(level) + " '";
+        for (int i = 0; i < 10; ++i)
+            values += "%v" + std::to_string(level - 1) + ";";
+        values += "'>";
+    }
+    dir.file("values.dtd", "<!ENTITY % v0 'xxxxxxxxxx'>" + values);
+    Outcome grown = parse("<!DOCTYPE x SYSTEM 'values.dtd'><x/>", fileUri(doc));
+    EXPECT_EQ(grown.code, 190) << grown.message;
     // The same expansions within the limit are whole.
     Outcome small = parse(laughs(3, 3) + "<x>&l3;</x>");
     EXPECT_EQ(small.code, 0);
