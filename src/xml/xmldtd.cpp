@@ -128,6 +128,22 @@ bool startsWith(const UnicodeString& text, const char16_t* prefix) {
 }
 } // namespace
 
+bool XmlScanner::isOpenInput(const UnicodeString& uri) const {
+    ZkUri resolved(ZkUri(m_in.baseUri), uri);
+    UnicodeString text = resolved.toString();
+    UnicodeString path = resolved.isFile() ? resolved.getLocalPath() : text;
+    auto open = [&](const InputState& input) {
+        return !input.stringFrame && (input.inputUri == text || input.inputUri == path);
+    };
+    if (open(m_in))
+        return true;
+    for (const InputState& frame : m_frames) {
+        if (open(frame))
+            return true;
+    }
+    return false;
+}
+
 void XmlScanner::loadEntitySet(int set) {
     ZkMutex guard(entitySetLock());
     if (m_setLoaded[set])
@@ -360,6 +376,11 @@ void XmlScanner::parameterReference(bool external) {
         report(kErrorExternalEntity,
                UnicodeString(u"<!ENTITY ") + name.toString() + u" " + outer->second,
                UnicodeString());
+        return;
+    }
+    if (isOpenInput(outer->second)) {
+        // An entity read again from within itself never ends.
+        report(kErrorLoopedEntity, UnicodeString(u"%") + name.toString(), UnicodeString());
         return;
     }
     try {

@@ -260,6 +260,8 @@ int XmlScanner::next() {
                     // An external parsed entity is read in place as content.
                     if (m_features[ZkXmlParser::FEATURE_NO_EXTERNAL_ENTITY])
                         report(kErrorExternalEntity, outer->second, UnicodeString());
+                    else if (isOpenInput(outer->second))
+                        report(kErrorLoopedEntity, m_entityName.toString(), UnicodeString());
                     else
                         pushStream(outer->second, ZkName(), UnicodeString());
                     break;

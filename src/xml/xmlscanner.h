@@ -312,6 +312,8 @@ public:
     void readExternalSubset(const UnicodeString& resolved);
     /// Adds one built-in set (kEntitySetMathML and so on); a document's own entity wins.
     void loadEntitySet(int set);
+    /// Whether the resource `uri` names is being read already, here or in a saved frame.
+    bool isOpenInput(const UnicodeString& uri) const;
     /// A start tag of `math` in the MathML namespace opens the MathML entity scope.
     void enterMathScope();
     void leaveMathScope();

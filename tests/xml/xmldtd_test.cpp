@@ -171,6 +171,13 @@ TEST(XmlDtd, ExpansionsThatNeverEndStop) {
     std::string doc = dir.file("doc.xml", "<!DOCTYPE x SYSTEM 'loop.dtd'><x/>");
     Outcome external = parse("<!DOCTYPE x SYSTEM 'loop.dtd'><x/>", fileUri(doc));
     EXPECT_EQ(external.code, 184) << external.message;
+    // External entities that include themselves.
+    dir.file("self.dtd", "<!ENTITY % self SYSTEM 'self.dtd'> %self;");
+    EXPECT_EQ(parse("<!DOCTYPE x SYSTEM 'self.dtd'><x/>", fileUri(doc)).code, 184);
+    dir.file("self.ent", "<y>&self;</y>");
+    EXPECT_EQ(
+        parse("<!DOCTYPE x [<!ENTITY self SYSTEM 'self.ent'>]><x>&self;</x>", fileUri(doc)).code,
+        184);
     // Parameter entities that multiply: in the subset and in values built from values.
     std::string spaces = "<!DOCTYPE x [<!ENTITY % s0 ' '>";
     for (int level = 1; level <= 9; ++level) {
