@@ -23,6 +23,7 @@ constexpr unsigned short kErrorInvalidUnicode = 179;
 constexpr unsigned short kErrorLoopedEntity = 184;
 constexpr unsigned short kErrorHugeText = 190;
 constexpr unsigned short kErrorUndefinedEntity = 515;
+constexpr unsigned short kErrorExternalEntity = 516;
 
 inline bool isSpace(UChar32 c) {
     return c == 0x20 || c == 0x0A || c == 0x09 || c == 0x0D;
@@ -184,6 +185,12 @@ void XmlScanner::readReference(UnicodeString* out) {
 }
 
 void XmlScanner::reportUndefined(ZkName name) {
+    auto outer = m_externalEntities.find(name.getEnum());
+    if (outer != m_externalEntities.end()) {
+        // An attribute value cannot take the text of an external entity.
+        report(kErrorExternalEntity, outer->second, UnicodeString());
+        return;
+    }
     if (m_features[ZkXmlParser::FEATURE_IGNORE_UNDEFINED_ENTITY])
         return;
     if (m_reportedEntities.insert(name.getEnum()).second)

@@ -100,6 +100,8 @@ TEST(XmlDtd, DeclarationErrors) {
         {"<!DOCTYPE x><!DOCTYPE x><x/>", 149, "Cannot have multiple DOCTYPE declarations."},
         {"<!DOCTYPE x [<!ENTITY e SYSTEM 'e.ent'>]><x>&e;</x>", 188,
          "External entity is not allowed: 'e.ent'."},
+        {"<!DOCTYPE x [<!ENTITY e SYSTEM 'e.ent'>]><x a='&e;'/>", 188,
+         "External entity is not allowed: 'e.ent'."},
     };
     // clang-format on
     for (const Row& row : rows) {
