@@ -405,45 +405,62 @@ void XmlScanner::scanBang() {
     m_useOwnText = true;
 }
 
-void XmlScanner::readExternalId() {
+void XmlScanner::readExternalId(const UnicodeString& head) {
+    // After the root name and white space: SYSTEM or PUBLIC with their literals; with the
+    // DOCTYPE name html the keywords may come in any case.
     ZkName keyword = readName();
-    if (keyword != ZKN_SYSTEM && keyword != ZKN_PUBLIC) {
+    UnicodeString word = keyword.toString();
+    if (m_doctypeName == ZKN_html)
+        word.toUpper();
+    bool isPublic = word == UnicodeString(u"PUBLIC");
+    if (!isPublic && word != UnicodeString(u"SYSTEM")) {
         if (!keyword.isEmpty())
-            report(kErrorExternalId, UnicodeString(u"<!DOCTYPE"), UnicodeString());
+            report(kErrorExternalId, head, UnicodeString());
         return;
     }
-    UnicodeString word = keyword.toString();
-    if (keyword == ZKN_PUBLIC) {
-        if (!skipWhitespace())
-            report(kErrorMissingWhitespaceAfter, word, UnicodeString());
+    UnicodeString said = head + u" " + word;
+    if (!skipWhitespace())
+        report(kErrorMissingWhitespaceAfter, said, UnicodeString());
+    if (isPublic) {
         UChar32 quote = peekChar();
         if (quote != '"' && quote != '\'')
-            report(kErrorPubidLiteral, word, UnicodeString());
+            report(kErrorPubidLiteral, said, UnicodeString());
         readLiteral(LITERAL_PLAIN, m_pubid);
         for (int32_t i = 0; i < m_pubid.length(); ++i) {
             char16_t c = m_pubid[i];
             bool pubidChar = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
                              (c >= '0' && c <= '9') || u_strchr(u" \r\n-'()+,./:=?;!*#@$_%", c);
             if (!pubidChar) {
-                report(kErrorPubidLiteral, word, UnicodeString());
+                report(kErrorPubidLiteral, said, UnicodeString());
                 break;
             }
         }
-    }
-    bool spaced = skipWhitespace();
-    UChar32 quote = peekChar();
-    if (quote != '"' && quote != '\'') {
-        report(kErrorSystemLiteral, word, UnicodeString());
+        // ">" ends the identifiers at once (HTML writes a public identifier alone); a system
+        // literal follows white space.
+        if (peekChar() == '>')
+            return;
+        if (!skipWhitespace()) {
+            report(kErrorMissingWhitespaceAfter, said + u" \"" + m_pubid + u"\"", UnicodeString());
+            return;
+        }
+        UChar32 next = peekChar();
+        if (next == '"' || next == '\'')
+            readLiteral(LITERAL_PLAIN, m_systemId);
         return;
     }
-    if (!spaced)
-        report(kErrorMissingWhitespaceAfter, word, UnicodeString());
+    UChar32 quote = peekChar();
+    if (quote != '"' && quote != '\'') {
+        report(kErrorSystemLiteral, said, UnicodeString());
+        return;
+    }
     readLiteral(LITERAL_PLAIN, m_systemId);
 }
 
 void XmlScanner::scanDoctype() {
     m_event = ZkXmlParser::DOCDECL;
-    if (m_rootSeen)
+    // After the root only a DOCTYPE of a pushed input that already had one passes on to the
+    // next test.
+    if (m_rootSeen && (!m_doctypeSeen || m_frames.empty()))
         report(kErrorDoctypeOutsideProlog, UnicodeString(), UnicodeString());
     if (m_doctypeSeen)
         report(kErrorSecondDoctype, UnicodeString(), UnicodeString());
@@ -457,12 +474,18 @@ void XmlScanner::scanDoctype() {
         report(kErrorDoctypeName, UnicodeString(), UnicodeString());
     m_ownText = prefix.isEmpty() ? local.toString() : prefix.toString() + u":" + local.toString();
     m_useOwnText = true;
+    m_doctypeName = ZkName(UnicodeString(m_ownText).toLower());
+    UnicodeString head = UnicodeString(u"<!DOCTYPE ") + m_ownText;
+    UChar32 next = peekChar();
     if (skipWhitespace())
-        readExternalId();
+        readExternalId(head);
+    else if (next != '[' && next != '>' && next != kEof)
+        report(kErrorMissingWhitespaceAfter, head, UnicodeString());
     skipWhitespace();
     if (peekChar() == '[') {
         readChar();
-        skipInternalSubset();
+        m_includeDepth = 0;
+        scanSubset(/*external=*/false);
     }
     skipWhitespace();
     UChar32 c = readChar();
@@ -470,54 +493,7 @@ void XmlScanner::scanDoctype() {
         report(kErrorDeclarationEnd, UnicodeString(u"DOCTYPE"), UnicodeString());
     else if (c != '>')
         report(kErrorUnexpectedCharacter, UnicodeString(c), UnicodeString());
-}
-
-void XmlScanner::skipInternalSubset() {
-    // The declarations of the internal subset are read by the DTD reader; until it is in place
-    // the subset is passed over whole, quotes, comments and instructions respected, and its
-    // entities stay undefined.
-    for (;;) {
-        UChar32 c = readChar();
-        switch (c) {
-        case kEof:
-            report(kErrorDeclarationEnd, UnicodeString(u"DOCTYPE"), UnicodeString());
-            return;
-        case ']':
-            return;
-        case '"':
-        case '\'': {
-            UChar32 quote = c;
-            do
-                c = readChar();
-            while (c != quote && c != kEof);
-            break;
-        }
-        case '<':
-            if (peekChar() == '!') {
-                readChar();
-                if (peekChar() == '-') {
-                    readChar();
-                    if (readChar() == '-') {
-                        for (int dashes = 0;;) {
-                            c = readChar();
-                            if (c == kEof || (dashes >= 2 && c == '>'))
-                                break;
-                            dashes = c == '-' ? dashes + 1 : 0;
-                        }
-                    }
-                }
-            } else if (peekChar() == '?') {
-                for (UChar32 previous = 0;; previous = c) {
-                    c = readChar();
-                    if (c == kEof || (previous == '?' && c == '>'))
-                        break;
-                }
-            }
-            break;
-        default:
-            break;
-        }
-    }
+    applyDoctypeIdentifiers();
 }
 
 } // namespace detail

@@ -11,6 +11,7 @@ constexpr unsigned short kErrorStopped = 128;
 constexpr unsigned short kErrorMissingEndTag = 129;
 constexpr unsigned short kErrorUndefinedEntity = 515;
 constexpr unsigned short kErrorLoopedEntity = 184;
+constexpr unsigned short kErrorExternalEntity = 516;
 constexpr unsigned short kErrorHugeText = 190;
 constexpr int kCommentLimit = 100000000;
 
@@ -27,6 +28,8 @@ unsigned short fatalTwin(unsigned short code) {
         return 157;
     case 515:
         return 158;
+    case 516:
+        return 188;
     case 520:
         return 184;
     default:
@@ -44,6 +47,7 @@ XmlScanner::XmlScanner(ZkXmlParserImpl& owner, const ZkUri::ContentInfo* info)
 
 XmlScanner::~XmlScanner() {
     closeStream();
+    delete static_cast<const EntityMapSnapshot*>(m_mathSnapshot);
 }
 
 bool XmlScanner::isHtml() const {
@@ -249,6 +253,19 @@ int XmlScanner::next() {
                 if (m_entityName.isEmpty())
                     break; // a character reference: its character is in the text
                 auto found = m_entities.find(m_entityName.getEnum());
+                auto outer = found == m_entities.end()
+                                 ? m_externalEntities.find(m_entityName.getEnum())
+                                 : m_externalEntities.end();
+                if (outer != m_externalEntities.end()) {
+                    // An external parsed entity is read in place as content.
+                    if (m_features[ZkXmlParser::FEATURE_NO_EXTERNAL_ENTITY])
+                        report(kErrorExternalEntity, outer->second, UnicodeString());
+                    else if (isOpenInput(outer->second))
+                        report(kErrorLoopedEntity, m_entityName.toString(), UnicodeString());
+                    else
+                        pushStream(outer->second, ZkName(), UnicodeString());
+                    break;
+                }
                 if (found == m_entities.end()) {
                     if (!m_features[ZkXmlParser::FEATURE_IGNORE_UNDEFINED_ENTITY])
                         report(kErrorUndefinedEntity, m_entityName.toString(), UnicodeString());

@@ -462,17 +462,27 @@ void ZkXmlParserImpl::pushError(const ZkError& error) {
 }
 
 void ZkXmlParserImpl::addMathMLEntities() {
-    // The MathML entity set is loaded by the entity reader; without it there is nothing to add.
+    m_scanner->loadEntitySet(detail::kEntitySetMathML);
 }
 
 const void* ZkXmlParserImpl::saveEntityMaps() {
-    return new std::unordered_map<int32_t, UnicodeString>(m_scanner->m_entities);
+    auto* snapshot = new detail::EntityMapSnapshot;
+    snapshot->general = m_scanner->m_entities;
+    snapshot->parameter = m_scanner->m_paramEntities;
+    snapshot->generalExternal = m_scanner->m_externalEntities;
+    snapshot->parameterExternal = m_scanner->m_externalParamEntities;
+    snapshot->mathmlLoaded = m_scanner->m_setLoaded[detail::kEntitySetMathML];
+    return snapshot;
 }
 
 void ZkXmlParserImpl::recoverEntityMaps(const void*& maps) {
-    auto* saved = static_cast<const std::unordered_map<int32_t, UnicodeString>*>(maps);
+    auto* saved = static_cast<const detail::EntityMapSnapshot*>(maps);
     if (saved) {
-        m_scanner->m_entities = *saved;
+        m_scanner->m_entities = saved->general;
+        m_scanner->m_paramEntities = saved->parameter;
+        m_scanner->m_externalEntities = saved->generalExternal;
+        m_scanner->m_externalParamEntities = saved->parameterExternal;
+        m_scanner->m_setLoaded[detail::kEntitySetMathML] = saved->mathmlLoaded;
         delete saved;
     }
     maps = nullptr;

@@ -109,6 +109,17 @@ void XmlScanner::reset() {
     }
     m_reportedEntities.clear();
     m_expanding.clear();
+    m_paramEntities.clear();
+    m_externalEntities.clear();
+    m_externalParamEntities.clear();
+    m_reportedParams.clear();
+    m_setLoaded[0] = m_setLoaded[1] = m_setLoaded[2] = false;
+    m_doctypeName = ZkName();
+    m_includeDepth = 0;
+    m_subsetExpanded = 0;
+    m_mathScopeDepth = -1;
+    if (m_mathSnapshot)
+        m_owner.recoverEntityMaps(m_mathSnapshot); // frees it
 }
 
 void XmlScanner::setXml11(bool xml11) {

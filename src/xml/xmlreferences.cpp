@@ -23,6 +23,7 @@ constexpr unsigned short kErrorInvalidUnicode = 179;
 constexpr unsigned short kErrorLoopedEntity = 184;
 constexpr unsigned short kErrorHugeText = 190;
 constexpr unsigned short kErrorUndefinedEntity = 515;
+constexpr unsigned short kErrorExternalEntity = 516;
 
 inline bool isSpace(UChar32 c) {
     return c == 0x20 || c == 0x0A || c == 0x09 || c == 0x0D;
@@ -134,6 +135,9 @@ void XmlScanner::readReference(UnicodeString* out) {
         // A reference is content: outside the root element it is text at the top level.
         report(kErrorTopLevelText, UnicodeString(u"&"), UnicodeString());
     }
+    // A reference begun in an entity's text ends there: one that runs past the end of the
+    // expansion is broken.
+    size_t expansions = m_expanding.size();
     UChar32 c = readChar();
     if (c == '#') {
         UnicodeString digits;
@@ -141,6 +145,10 @@ void XmlScanner::readReference(UnicodeString* out) {
         UChar32 value = readCharReference(digits, ok);
         if (!ok)
             return;
+        if (m_expanding.size() < expansions) {
+            report(kErrorCharRef, digits, UnicodeString());
+            return;
+        }
         if (out) {
             out->append(value);
         } else {
@@ -157,7 +165,7 @@ void XmlScanner::readReference(UnicodeString* out) {
         return;
     }
     c = readChar();
-    if (c != ';') {
+    if (c != ';' || m_expanding.size() < expansions) {
         pushBack(c);
         report(kErrorEntityReference, UnicodeString(u"&") + name.toString() + charText(c),
                UnicodeString());
@@ -177,6 +185,12 @@ void XmlScanner::readReference(UnicodeString* out) {
 }
 
 void XmlScanner::reportUndefined(ZkName name) {
+    auto outer = m_externalEntities.find(name.getEnum());
+    if (outer != m_externalEntities.end()) {
+        // An attribute value cannot take the text of an external entity.
+        report(kErrorExternalEntity, outer->second, UnicodeString());
+        return;
+    }
     if (m_features[ZkXmlParser::FEATURE_IGNORE_UNDEFINED_ENTITY])
         return;
     if (m_reportedEntities.insert(name.getEnum()).second)

@@ -73,6 +73,18 @@ enum LiteralMode : int {
     LITERAL_VERBATIM = 4   ///< quotes kept on the result
 };
 
+/// The built-in character entity sets.
+enum EntitySet : int { kEntitySetMathML = 0, kEntitySetXhtml = 1, kEntitySetHtml = 2 };
+
+/// A copy of a parser's entity tables, made by saveEntityMaps.
+struct EntityMapSnapshot {
+    std::unordered_map<int32_t, UnicodeString> general;
+    std::unordered_map<int32_t, UnicodeString> parameter;
+    std::unordered_map<int32_t, UnicodeString> generalExternal;
+    std::unordered_map<int32_t, UnicodeString> parameterExternal;
+    bool mathmlLoaded = false;
+};
+
 /// Decodes `length` bytes at `source` into UTF-16 at `target` (room for `capacity` units, at
 /// least 2). Stops before an incomplete sequence unless `atEnd`, and after `maxChars` code
 /// points. Returns the units written; `consumed` gets the bytes used.
@@ -284,8 +296,27 @@ public:
     bool readTextDeclaration();
     void scanBang();
     void scanDoctype();
-    void readExternalId();
-    void skipInternalSubset();
+    void readExternalId(const UnicodeString& head);
+
+    // ---- DTD and entities (xmldtd.cpp)
+    /// Reads declarations up to "]" (internal) or the end of the input (external).
+    void scanSubset(bool external);
+    void scanEntityDeclaration(bool external);
+    void readEntityValue(bool external, UnicodeString& value);
+    /// After "%": expands a parameter entity reference in the subset.
+    void parameterReference(bool external);
+    void skipConditionalSection(bool external);
+    void skipDeclaration(bool external);
+    /// After the DOCTYPE: the built-in sets its identifiers stand for, or the external subset.
+    void applyDoctypeIdentifiers();
+    void readExternalSubset(const UnicodeString& resolved);
+    /// Adds one built-in set (kEntitySetMathML and so on); a document's own entity wins.
+    void loadEntitySet(int set);
+    /// Whether the resource `uri` names is being read already, here or in a saved frame.
+    bool isOpenInput(const UnicodeString& uri) const;
+    /// A start tag of `math` in the MathML namespace opens the MathML entity scope.
+    void enterMathScope();
+    void leaveMathScope();
 
     ZkXmlParserImpl& m_owner;
 
@@ -350,6 +381,16 @@ public:
     /// Expansions in progress in the pushed-back text: the entity and the unread length of the
     /// buffer below which its text ends. A reference to an entity in this list is a loop.
     std::vector<std::pair<ZkName, int64_t>> m_expanding;
+    std::unordered_map<int32_t, UnicodeString> m_paramEntities;
+    std::unordered_map<int32_t, UnicodeString> m_externalEntities;      ///< name -> system id
+    std::unordered_map<int32_t, UnicodeString> m_externalParamEntities; ///< name -> system id
+    std::unordered_set<int32_t> m_reportedParams;
+    bool m_setLoaded[3] = {}; ///< the built-in sets loaded into this parser
+    ZkName m_doctypeName;
+    int m_includeDepth = 0;       ///< INCLUDE sections open in the subset
+    int64_t m_subsetExpanded = 0; ///< units parameter entities brought into the subsets
+    int m_mathScopeDepth = -1;    ///< depth of the `math` element that loaded the MathML set
+    const void* m_mathSnapshot = nullptr;
 
     // Errors.
     ZkXmlParser::ErrorCallback m_callback = nullptr;

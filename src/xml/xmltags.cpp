@@ -432,7 +432,14 @@ void XmlScanner::finishStartTag() {
     if (root) {
         m_rootSeen = true;
         m_rootNamespace = element.ns;
+        // The character entities of the syntax come with its first element.
+        if (isHtml())
+            loadEntitySet(kEntitySetHtml);
+        else if (isXhtml())
+            loadEntitySet(kEntitySetXhtml);
     }
+    if (element.local == ZKN_math && element.ns == ZKN_NS_MATHML)
+        enterMathScope();
     // Attribute namespaces, then duplicates by (local name, namespace).
     bool lax = m_features[ZkXmlParser::FEATURE_LAX_ATTRIBUTE_PREFIX] || isHtml();
     for (int i = 0; i < m_attributeCount; ++i) {
@@ -501,6 +508,7 @@ ZkName XmlScanner::resolvePrefix(ZkName prefix) const {
 void XmlScanner::closeElement() {
     if (m_open.empty())
         return;
+    leaveMathScope();
     int32_t start = m_open.back().bindingStart;
     for (int32_t i = int32_t(m_bindings.size()) - 1; i >= start; --i) {
         const NsBinding& binding = m_bindings[size_t(i)];

@@ -260,6 +260,7 @@ public:
                                          const UnicodeString& arg2);
 
 private:
+    friend class detail::XmlScanner; // reads an external subset through a parser of its own
     std::unique_ptr<detail::XmlScanner> m_scanner;
 };
 
