@@ -40,6 +40,28 @@ inline std::vector<std::vector<std::string>> readTable(const std::string& path) 
     return rows;
 }
 
+/// The folder of the W3C XML conformance cases, read in place.
+inline const std::string kConformanceSuite = ZK_SHARED_DIR "/conformance/xml/";
+
+/// One case of the conformance catalogue: its id, its type ("valid", "not-wf", ...) and its file
+/// relative to kConformanceSuite.
+struct ConformanceCase {
+    std::string id;
+    std::string type;
+    std::string uri;
+};
+
+/// The cases of the conformance catalogue, in its order.
+inline std::vector<ConformanceCase> readConformanceCases() {
+    std::vector<ConformanceCase> cases;
+    std::vector<std::vector<std::string>> rows = readTable(kConformanceSuite + "cases.tsv");
+    for (size_t i = 1; i < rows.size(); ++i) { // row 0 is the header
+        if (rows[i].size() > 8)
+            cases.push_back(ConformanceCase{rows[i][0], rows[i][1], rows[i][8]});
+    }
+    return cases;
+}
+
 /// A fresh directory under /tmp, removed with its files at the end of the test.
 class TempDir {
 public:

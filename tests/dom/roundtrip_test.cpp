@@ -5,7 +5,6 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <set>
-#include <sstream>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/attr.h>
 #include <zkcommon/dom/namednodemap.h>
@@ -17,30 +16,8 @@ using namespace domtest;
 
 namespace {
 
-const std::string kSuite = ZK_SHARED_DIR "/conformance/xml/";
-
-struct Case {
-    std::string id;
-    std::string type;
-    std::string uri;
-};
-
-std::vector<Case> readCatalogue() {
-    std::vector<Case> cases;
-    std::ifstream in(kSuite + "cases.tsv");
-    std::string line;
-    std::getline(in, line); // the header
-    while (std::getline(in, line)) {
-        std::vector<std::string> fields;
-        std::stringstream split(line);
-        std::string field;
-        while (std::getline(split, field, '\t'))
-            fields.push_back(field);
-        if (fields.size() > 8)
-            cases.push_back(Case{fields[0], fields[1], fields[8]});
-    }
-    return cases;
-}
+using Case = ConformanceCase;
+const std::string& kSuite = kConformanceSuite;
 
 // The tree as text: elements by namespace and local name with their attributes sorted, and
 // the text of adjacent text nodes joined, read with the Fast getters.
@@ -100,7 +77,7 @@ bool loadFile(ZkDocument* doc, const std::string& path, std::string* error) {
 } // namespace
 
 TEST(DocumentRoundTrip, ConformanceCasesWithoutDtd) {
-    std::vector<Case> cases = readCatalogue();
+    std::vector<Case> cases = readConformanceCases();
     ASSERT_GT(cases.size(), 400u);
     int run = 0;
     int skipped = 0;

@@ -6,37 +6,14 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <set>
-#include <sstream>
 #include <zkcommon/xml/xmlparser.h>
 
 using namespace ZkCommonNS;
 
 namespace {
 
-const std::string kSuite = ZK_SHARED_DIR "/conformance/xml/";
-
-struct Case {
-    std::string id;
-    std::string type;
-    std::string uri;
-};
-
-std::vector<Case> readCatalogue() {
-    std::vector<Case> cases;
-    std::ifstream in(kSuite + "cases.tsv");
-    std::string line;
-    std::getline(in, line); // the header
-    while (std::getline(in, line)) {
-        std::vector<std::string> fields;
-        std::stringstream split(line);
-        std::string field;
-        while (std::getline(split, field, '\t'))
-            fields.push_back(field);
-        if (fields.size() > 8)
-            cases.push_back(Case{fields[0], fields[1], fields[8]});
-    }
-    return cases;
-}
+using Case = ConformanceCase;
+const std::string& kSuite = kConformanceSuite;
 
 /// A fatal error raised by the parse, or an empty string.
 std::string parse(const std::string& path) {
@@ -68,7 +45,7 @@ std::map<std::string, std::string> readDifferences() {
 } // namespace
 
 TEST(XmlConformance, AllCases) {
-    std::vector<Case> cases = readCatalogue();
+    std::vector<Case> cases = readConformanceCases();
     ASSERT_GT(cases.size(), 400u);
     std::map<std::string, std::string> differences = readDifferences();
     ASSERT_GT(differences.size(), 3u);
