@@ -1,12 +1,14 @@
 // SHA-512 two blocks at a time: the message schedules of both are computed side by side in the
 // two 128-bit lanes of AVX2 registers, two words per lane per step, and the rounds then run on
 // each block in turn with BMI2's rotates. The schedule of the next pair is computed between the
-// round groups of this one, so the vector units work while the scalar ones do.
+// rounds of this one, so the vector units work while the scalar ones do.
 //
-// The rounds run as a loop of eight-round groups rather than fully unrolled: the loop stays
-// small enough for the processor's decoded-instruction cache, and the front end, not the
-// arithmetic, is what limits fully unrolled code. The schedule therefore lives in memory, where a
-// step at a run-time index can reach the words it needs. Only this file is compiled for AVX2
+// The rounds run as a loop of sixteen-round groups rather than fully unrolled: the loop stays
+// small enough for the processor's decoded-instruction cache, where fully unrolled code is
+// limited by the decoders. The schedule therefore lives in memory, where a step at a run-time
+// index can reach the words it needs. The 32 computed steps of a pair are spread evenly over its
+// 160 rounds (one at the start of each block, then three per group), since the front end, not
+// the arithmetic, is what bounds the rounds that carry them. Only this file is compiled for AVX2
 // (through the target attribute on each function), and it is entered only after the processor
 // check.
 #define ZK_SHA512_ROUNDS_TARGET __attribute__((target("avx2,bmi2")))
@@ -28,8 +30,15 @@ template <int N> ZK_AVX2_INLINE __m256i rotr(__m256i x) {
     return _mm256_or_si256(_mm256_srli_epi64(x, N), _mm256_slli_epi64(x, 64 - N));
 }
 
+// A rotation by a whole byte is one byte shuffle.
+ZK_AVX2_INLINE __m256i rotr8(__m256i x) {
+    const __m256i rotation = _mm256_set_epi64x(0x080f0e0d0c0b0a09LL, 0x0007060504030201LL,
+                                               0x080f0e0d0c0b0a09LL, 0x0007060504030201LL);
+    return _mm256_shuffle_epi8(x, rotation);
+}
+
 ZK_AVX2_INLINE __m256i smallSigma0(__m256i x) {
-    return _mm256_xor_si256(_mm256_xor_si256(rotr<1>(x), rotr<8>(x)), _mm256_srli_epi64(x, 7));
+    return _mm256_xor_si256(_mm256_xor_si256(rotr<1>(x), rotr8(x)), _mm256_srli_epi64(x, 7));
 }
 
 ZK_AVX2_INLINE __m256i smallSigma1(__m256i x) {
@@ -42,11 +51,23 @@ ZK_AVX2_INLINE std::uint64_t ror(std::uint64_t x, int n) {
 
 /// The schedule of a pair of blocks. Step s makes words 2s and 2s + 1 of both blocks: the first
 /// block's in the low lane, the second's in the high lane. `w[s]` keeps step s, `wk[s]` the same
-/// plus the round constants, which is what the rounds read.
+/// plus the round constants, which is what the rounds read. `k` holds the constants in the same
+/// layout, so that one pointer reaches all three: the rounds already hold most registers.
 struct alignas(32) PairSchedule {
     std::uint64_t wk[40][4];
     std::uint64_t w[40][4];
+    std::uint64_t k[40][4];
+
+    ZK_AVX2_INLINE void fillConstants() {
+        for (int s = 0; s < 40; ++s)
+            _mm256_store_si256(reinterpret_cast<__m256i*>(k[s]),
+                               _mm256_broadcastsi128_si256(_mm_load_si128(
+                                   reinterpret_cast<const __m128i*>(kSha512Constants + 2 * s))));
+    }
 };
+
+// From a row of PairSchedule::w to the same row of `k`, and back to `wk`.
+constexpr std::ptrdiff_t kNextArray = 40 * 4;
 
 ZK_AVX2_INLINE __m256i load256(const std::uint64_t* p) {
     return _mm256_load_si256(reinterpret_cast<const __m256i*>(p));
@@ -56,13 +77,11 @@ ZK_AVX2_INLINE void store256(std::uint64_t* p, __m256i x) {
     _mm256_store_si256(reinterpret_cast<__m256i*>(p), x);
 }
 
-/// Keeps step `x` at `w` (a row of PairSchedule::w) and its sum with the constants `k` at the
+/// Keeps step `x` at `w` (a row of PairSchedule::w) and its sum with the constants at the
 /// matching row of `wk`.
-ZK_AVX2_INLINE void put(std::uint64_t* w, const std::uint64_t* k, __m256i x) {
-    constexpr std::ptrdiff_t kToWk = -40 * 4; // from a row of w to the same row of wk
+ZK_AVX2_INLINE void put(std::uint64_t* w, __m256i x) {
     store256(w, x);
-    store256(w + kToWk, _mm256_add_epi64(x, _mm256_broadcastsi128_si256(_mm_load_si128(
-                                                reinterpret_cast<const __m128i*>(k)))));
+    store256(w - kNextArray, _mm256_add_epi64(x, load256(w + kNextArray)));
 }
 
 /// Steps 0 to 7: the message words, byte-swapped.
@@ -74,25 +93,18 @@ ZK_AVX2_INLINE void loadSteps(PairSchedule& schedule, const unsigned char* first
     for (int s = 0; s < 8; ++s) {
         const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(first + 16 * s));
         const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(second + 16 * s));
-        put(schedule.w[s], kSha512Constants + 2 * s,
-            _mm256_shuffle_epi8(_mm256_set_m128i(high, low), byteSwap));
+        put(schedule.w[s], _mm256_shuffle_epi8(_mm256_set_m128i(high, low), byteSwap));
     }
 }
 
-/// Two steps s and s + 1 (8 <= s < 40), where `w` is row s and `k` the constants of step s:
-/// W[t] = s1(W[t-2]) + W[t-7] + s0(W[t-15]) + W[t-16]; the pairs starting at odd words come
-/// from two neighbours by a byte alignment.
-ZK_AVX2_INLINE void twoSteps(std::uint64_t* w, const std::uint64_t* k) {
-    __m256i previous = load256(w - 4);
-#pragma GCC unroll 2
-    for (int i = 0; i < 2; ++i, w += 4, k += 2) {
-        const __m256i w16 = load256(w - 32);
-        const __m256i w15 = _mm256_alignr_epi8(load256(w - 28), w16, 8);
-        const __m256i w7 = _mm256_alignr_epi8(load256(w - 12), load256(w - 16), 8);
-        previous = _mm256_add_epi64(_mm256_add_epi64(w16, smallSigma0(w15)),
-                                    _mm256_add_epi64(w7, smallSigma1(previous)));
-        put(w, k, previous);
-    }
+/// Step s (8 <= s < 40), where `w` is row s: W[t] = s1(W[t-2]) + W[t-7] + s0(W[t-15]) +
+/// W[t-16]; the pairs starting at odd words come from two neighbours by a byte alignment.
+ZK_AVX2_INLINE void step(std::uint64_t* w) {
+    const __m256i w16 = load256(w - 32);
+    const __m256i w15 = _mm256_alignr_epi8(load256(w - 28), w16, 8);
+    const __m256i w7 = _mm256_alignr_epi8(load256(w - 12), load256(w - 16), 8);
+    put(w, _mm256_add_epi64(_mm256_add_epi64(w16, smallSigma0(w15)),
+                            _mm256_add_epi64(w7, smallSigma1(load256(w - 4)))));
 }
 
 // One round with the working variables renamed rather than moved; `wk` is the schedule word plus
@@ -107,41 +119,40 @@ ZK_AVX2_INLINE void twoSteps(std::uint64_t* w, const std::uint64_t* k) {
         h = t1 + (ror(a, 28) ^ ror(a, 34) ^ ror(a, 39)) + (b ^ (ab & bc));                         \
     } while (0)
 
-// Eight rounds on the words at `wk`, every fourth pair of words (one block's lane of a pair
-// schedule); the names come back to their places after eight.
-#define ZK_SHA512_EIGHT_ROUNDS(wk)                                                                 \
+// Four rounds on the words at `wk`, every fourth pair of words (one block's lane of a pair
+// schedule); the next four take the names shifted by four.
+#define ZK_SHA512_FOUR_ROUNDS(a, b, c, d, e, f, g, h, wk)                                          \
     do {                                                                                           \
-        ZK_SHA512_ROUND(a, b, c, d, e, f, g, h, wk[0], p, q);                                      \
-        ZK_SHA512_ROUND(h, a, b, c, d, e, f, g, wk[1], q, p);                                      \
-        ZK_SHA512_ROUND(g, h, a, b, c, d, e, f, wk[4], p, q);                                      \
-        ZK_SHA512_ROUND(f, g, h, a, b, c, d, e, wk[5], q, p);                                      \
-        ZK_SHA512_ROUND(e, f, g, h, a, b, c, d, wk[8], p, q);                                      \
-        ZK_SHA512_ROUND(d, e, f, g, h, a, b, c, wk[9], q, p);                                      \
-        ZK_SHA512_ROUND(c, d, e, f, g, h, a, b, wk[12], p, q);                                     \
-        ZK_SHA512_ROUND(b, c, d, e, f, g, h, a, wk[13], q, p);                                     \
+        ZK_SHA512_ROUND(a, b, c, d, e, f, g, h, (wk)[0], p, q);                                    \
+        ZK_SHA512_ROUND(h, a, b, c, d, e, f, g, (wk)[1], q, p);                                    \
+        ZK_SHA512_ROUND(g, h, a, b, c, d, e, f, (wk)[4], p, q);                                    \
+        ZK_SHA512_ROUND(f, g, h, a, b, c, d, e, (wk)[5], q, p);                                    \
     } while (0)
 
 /// The 80 rounds of one block on `state`, reading its words from `wk` (its lane of a pair
-/// schedule), with two steps of the next pair's schedule after each of the first `stepGroups`
-/// groups of eight rounds; `w` and `k` are the row and constants of the next step, and advance.
-ZK_AVX2_INLINE void blockRounds(std::uint64_t state[8], const std::uint64_t* wk, int stepGroups,
-                                std::uint64_t*& w, const std::uint64_t*& k) {
+/// schedule), with sixteen steps of the next pair's schedule among them; `w` is the row of the
+/// next step, and advances.
+ZK_AVX2_INLINE void blockRounds(std::uint64_t state[8], const std::uint64_t* wk,
+                                std::uint64_t*& w) {
     std::uint64_t a = state[0], b = state[1], c = state[2], d = state[3];
     std::uint64_t e = state[4], f = state[5], g = state[6], h = state[7];
     std::uint64_t p = 0, q = b ^ c;
-    const std::uint64_t* const stepsEnd = wk + 16 * stepGroups;
-    const std::uint64_t* const end = wk + 160;
-    for (; wk != stepsEnd; wk += 16, w += 8, k += 4) {
-        ZK_SHA512_EIGHT_ROUNDS(wk);
-        twoSteps(w, k);
+    step(w);
+    w += 4;
+    for (const std::uint64_t* const end = wk + 160; wk != end; wk += 32, w += 12) {
+        ZK_SHA512_FOUR_ROUNDS(a, b, c, d, e, f, g, h, wk);
+        step(w);
+        ZK_SHA512_FOUR_ROUNDS(e, f, g, h, a, b, c, d, wk + 8);
+        ZK_SHA512_FOUR_ROUNDS(a, b, c, d, e, f, g, h, wk + 16);
+        step(w + 4);
+        ZK_SHA512_FOUR_ROUNDS(e, f, g, h, a, b, c, d, wk + 24);
+        step(w + 8);
     }
-    for (; wk != end; wk += 16)
-        ZK_SHA512_EIGHT_ROUNDS(wk);
     state[0] += a, state[1] += b, state[2] += c, state[3] += d;
     state[4] += e, state[5] += f, state[6] += g, state[7] += h;
 }
 
-#undef ZK_SHA512_EIGHT_ROUNDS
+#undef ZK_SHA512_FOUR_ROUNDS
 #undef ZK_SHA512_ROUND
 
 } // namespace
@@ -152,19 +163,22 @@ ZK_AVX2_TARGET void sha512PairsAvx2(std::uint64_t state[8], const unsigned char*
     // the loop free of a branch for it.
     alignas(32) static const unsigned char kZeros[256] = {};
     PairSchedule schedules[2];
-    loadSteps(schedules[0], data, data + 128);
-    for (int s = 8; s < 40; s += 2)
-        twoSteps(schedules[0].w[s], kSha512Constants + 2 * s);
-    for (int current = 0; blocks >= 2; blocks -= 2, data += 256, current ^= 1) {
-        const PairSchedule& now = schedules[current];
-        PairSchedule& next = schedules[current ^ 1];
+    PairSchedule* now = &schedules[0];
+    PairSchedule* next = &schedules[1];
+    now->fillConstants();
+    next->fillConstants();
+    loadSteps(*now, data, data + 128);
+    for (int s = 8; s < 40; ++s)
+        step(now->w[s]);
+    for (; blocks >= 2; blocks -= 2, data += 256) {
         const unsigned char* nextData = blocks >= 4 ? data + 256 : kZeros;
-        loadSteps(next, nextData, nextData + 128);
-        std::uint64_t* w = next.w[8];
-        const std::uint64_t* k = kSha512Constants + 16;
-        // 16 groups of two steps: ten after the first block's groups, six after the second's.
-        blockRounds(state, &now.wk[0][0], 10, w, k);
-        blockRounds(state, &now.wk[0][2], 6, w, k);
+        loadSteps(*next, nextData, nextData + 128);
+        std::uint64_t* w = next->w[8];
+        blockRounds(state, &now->wk[0][0], w);
+        blockRounds(state, &now->wk[0][2], w);
+        PairSchedule* const done = now;
+        now = next;
+        next = done;
     }
 }
 
