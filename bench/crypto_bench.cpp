@@ -1,5 +1,6 @@
 // Digests and AES-CBC over 64 MB against OpenSSL's libcrypto, in the same run; ends with a table
 // of MB/s and the speed of ours relative to OpenSSL's (above 1 is faster).
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <map>
@@ -158,11 +159,17 @@ ZK_CRYPTO_BENCH(zkCbc, AES256_CBC_Decrypt_Zk, 32, false, false);
 ZK_CRYPTO_BENCH(opensslCbc, AES256_CBC_Decrypt_OpenSSL, 32, false);
 
 /// Prints, after the usual table, MB/s of each of ours beside OpenSSL's on the same operation.
+/// With --benchmark_repetitions it gives the best repetition of each and the ratio of the medians
+/// too: on a shared machine other work only ever slows a run down, so the best runs are the
+/// steadiest comparison, and the two ratios apart show how noisy the run was.
+/// --benchmark_enable_random_interleaving=true mixes the repetitions of ours and OpenSSL's in time.
 class SpeedReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
+            if (run.run_type != Run::RT_Iteration)
+                continue;
             auto bytes = run.counters.find("bytes_per_second");
             if (bytes == run.counters.end())
                 continue;
@@ -171,14 +178,14 @@ public:
             const size_t second = name.find('/', name.find('/') + 1);
             if (second != std::string::npos)
                 name.resize(second);
-            m_megabytesPerSecond[name] = bytes->second.value / 1048576.0;
+            m_megabytesPerSecond[name].push_back(bytes->second.value / 1048576.0);
         }
     }
 
     void Finalize() override {
         ConsoleReporter::Finalize();
-        std::printf("\n%-32s %10s %10s %13s\n", "operation on 64 MB", "ours MB/s", "OpenSSL",
-                    "ours/OpenSSL");
+        std::printf("\n%-32s %10s %10s %13s %13s\n", "operation on 64 MB", "ours MB/s", "OpenSSL",
+                    "ours/OpenSSL", "of medians");
         for (const auto& entry : m_megabytesPerSecond) {
             // Runs are named "function/LABEL_Zk" or "function/LABEL_ZkPortable"; the peer is
             // "function/LABEL_OpenSSL".
@@ -186,22 +193,32 @@ public:
             const size_t at = label.rfind("_Zk");
             if (at == std::string::npos)
                 continue;
-            const double peer = find("/" + label.substr(0, at) + "_OpenSSL");
-            if (peer > 0)
-                std::printf("%-32s %10.0f %10.0f %13.2f\n", label.c_str(), entry.second, peer,
-                            entry.second / peer);
+            const std::vector<double>* peer = find("/" + label.substr(0, at) + "_OpenSSL");
+            if (peer == nullptr)
+                continue;
+            const double ours = best(entry.second), theirs = best(*peer);
+            std::printf("%-32s %10.0f %10.0f %13.2f %13.2f\n", label.c_str(), ours, theirs,
+                        ours / theirs, median(entry.second) / median(*peer));
         }
     }
 
 private:
-    double find(const std::string& suffix) const {
+    static double best(const std::vector<double>& values) {
+        return *std::max_element(values.begin(), values.end());
+    }
+    static double median(std::vector<double> values) {
+        std::sort(values.begin(), values.end());
+        const size_t n = values.size();
+        return n % 2 == 1 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
+    }
+    const std::vector<double>* find(const std::string& suffix) const {
         for (const auto& entry : m_megabytesPerSecond)
             if (entry.first.size() >= suffix.size() &&
                 entry.first.compare(entry.first.size() - suffix.size(), suffix.size(), suffix) == 0)
-                return entry.second;
-        return 0;
+                return &entry.second;
+        return nullptr;
     }
-    std::map<std::string, double> m_megabytesPerSecond;
+    std::map<std::string, std::vector<double>> m_megabytesPerSecond;
 };
 
 } // namespace
