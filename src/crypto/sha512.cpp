@@ -37,23 +37,40 @@ namespace {
 
 using detail::kSha512Constants;
 
-// The whole compression; instantiated for plain x86-64 and, through the always-inline body, for
+// The whole compression, with the rounds as a loop of sixteen rather than fully unrolled (which
+// the decoders, not the arithmetic, would limit) and the schedule as a window of sixteen words,
+// advanced between groups. Instantiated for plain x86-64 and, through the always-inline body, for
 // processors with BMI2, whose three-operand rotate saves a copy per rotation.
 ZK_SHA512_INLINE void sha512BlocksBody(std::uint64_t state[8], const unsigned char* data,
                                        std::size_t blocks) noexcept {
     for (; blocks > 0; --blocks, data += 128) {
-        std::uint64_t w[80];
+        std::uint64_t w[16];
 #pragma GCC unroll 16
         for (int i = 0; i < 16; ++i)
             w[i] = detail::loadBE64(data + 8 * i);
-#pragma GCC unroll 64
-        for (int i = 16; i < 80; ++i)
-            w[i] = detail::sha512SmallSigma1(w[i - 2]) + w[i - 7] +
-                   detail::sha512SmallSigma0(w[i - 15]) + w[i - 16];
-#pragma GCC unroll 80
-        for (int i = 0; i < 80; ++i)
-            w[i] += kSha512Constants[i];
-        detail::sha512Rounds(state, [&w](int t) { return w[t]; });
+        std::uint64_t a = state[0], b = state[1], c = state[2], d = state[3];
+        std::uint64_t e = state[4], f = state[5], g = state[6], h = state[7];
+        std::uint64_t p = 0, q = b ^ c;
+        for (const std::uint64_t* k = kSha512Constants;; k += 16) {
+            ZK_SHA512_FOUR_ROUNDS(a, b, c, d, e, f, g, h, w[0] + k[0], w[1] + k[1], w[2] + k[2],
+                                  w[3] + k[3]);
+            ZK_SHA512_FOUR_ROUNDS(e, f, g, h, a, b, c, d, w[4] + k[4], w[5] + k[5], w[6] + k[6],
+                                  w[7] + k[7]);
+            ZK_SHA512_FOUR_ROUNDS(a, b, c, d, e, f, g, h, w[8] + k[8], w[9] + k[9], w[10] + k[10],
+                                  w[11] + k[11]);
+            ZK_SHA512_FOUR_ROUNDS(e, f, g, h, a, b, c, d, w[12] + k[12], w[13] + k[13],
+                                  w[14] + k[14], w[15] + k[15]);
+            if (k == kSha512Constants + 64)
+                break;
+                // W[t] = s1(W[t-2]) + W[t-7] + s0(W[t-15]) + W[t-16], in place: the words of the
+                // window already advanced are the newer ones.
+#pragma GCC unroll 16
+            for (int i = 0; i < 16; ++i)
+                w[i] += detail::sha512SmallSigma1(w[(i + 14) & 15]) + w[(i + 9) & 15] +
+                        detail::sha512SmallSigma0(w[(i + 1) & 15]);
+        }
+        state[0] += a, state[1] += b, state[2] += c, state[3] += d;
+        state[4] += e, state[5] += f, state[6] += g, state[7] += h;
     }
 }
 

@@ -11,7 +11,6 @@
 // the arithmetic, is what bounds the rounds that carry them. Only this file is compiled for AVX2
 // (through the target attribute on each function), and it is entered only after the processor
 // check.
-#define ZK_SHA512_ROUNDS_TARGET __attribute__((target("avx2,bmi2")))
 #include "crypto/sha512core.h"
 
 #if ZK_CRYPTO_X86
@@ -43,10 +42,6 @@ ZK_AVX2_INLINE __m256i smallSigma0(__m256i x) {
 
 ZK_AVX2_INLINE __m256i smallSigma1(__m256i x) {
     return _mm256_xor_si256(_mm256_xor_si256(rotr<19>(x), rotr<61>(x)), _mm256_srli_epi64(x, 6));
-}
-
-ZK_AVX2_INLINE std::uint64_t ror(std::uint64_t x, int n) {
-    return (x >> n) | (x << (64 - n));
 }
 
 /// The schedule of a pair of blocks. Step s makes words 2s and 2s + 1 of both blocks: the first
@@ -107,27 +102,10 @@ ZK_AVX2_INLINE void step(std::uint64_t* w) {
                             _mm256_add_epi64(w7, smallSigma1(load256(w - 4)))));
 }
 
-// One round with the working variables renamed rather than moved; `wk` is the schedule word plus
-// the round constant. Maj(a, b, c) is b ^ ((a ^ b) & (b ^ c)), and this round's a ^ b is the
-// next round's b ^ c: `ab` and `bc` trade places from one round to the next.
-#define ZK_SHA512_ROUND(a, b, c, d, e, f, g, h, wk, ab, bc)                                        \
-    do {                                                                                           \
-        const std::uint64_t t1 =                                                                   \
-            h + (wk) + (ror(e, 14) ^ ror(e, 18) ^ ror(e, 41)) + (g ^ (e & (f ^ g)));               \
-        ab = a ^ b;                                                                                \
-        d += t1;                                                                                   \
-        h = t1 + (ror(a, 28) ^ ror(a, 34) ^ ror(a, 39)) + (b ^ (ab & bc));                         \
-    } while (0)
-
 // Four rounds on the words at `wk`, every fourth pair of words (one block's lane of a pair
-// schedule); the next four take the names shifted by four.
-#define ZK_SHA512_FOUR_ROUNDS(a, b, c, d, e, f, g, h, wk)                                          \
-    do {                                                                                           \
-        ZK_SHA512_ROUND(a, b, c, d, e, f, g, h, (wk)[0], p, q);                                    \
-        ZK_SHA512_ROUND(h, a, b, c, d, e, f, g, (wk)[1], q, p);                                    \
-        ZK_SHA512_ROUND(g, h, a, b, c, d, e, f, (wk)[4], p, q);                                    \
-        ZK_SHA512_ROUND(f, g, h, a, b, c, d, e, (wk)[5], q, p);                                    \
-    } while (0)
+// schedule).
+#define ZK_SHA512_LANE_ROUNDS(a, b, c, d, e, f, g, h, wk)                                          \
+    ZK_SHA512_FOUR_ROUNDS(a, b, c, d, e, f, g, h, (wk)[0], (wk)[1], (wk)[4], (wk)[5])
 
 /// The 80 rounds of one block on `state`, reading its words from `wk` (its lane of a pair
 /// schedule), with sixteen steps of the next pair's schedule among them; `w` is the row of the
@@ -140,20 +118,19 @@ ZK_AVX2_INLINE void blockRounds(std::uint64_t state[8], const std::uint64_t* wk,
     step(w);
     w += 4;
     for (const std::uint64_t* const end = wk + 160; wk != end; wk += 32, w += 12) {
-        ZK_SHA512_FOUR_ROUNDS(a, b, c, d, e, f, g, h, wk);
+        ZK_SHA512_LANE_ROUNDS(a, b, c, d, e, f, g, h, wk);
         step(w);
-        ZK_SHA512_FOUR_ROUNDS(e, f, g, h, a, b, c, d, wk + 8);
-        ZK_SHA512_FOUR_ROUNDS(a, b, c, d, e, f, g, h, wk + 16);
+        ZK_SHA512_LANE_ROUNDS(e, f, g, h, a, b, c, d, wk + 8);
+        ZK_SHA512_LANE_ROUNDS(a, b, c, d, e, f, g, h, wk + 16);
         step(w + 4);
-        ZK_SHA512_FOUR_ROUNDS(e, f, g, h, a, b, c, d, wk + 24);
+        ZK_SHA512_LANE_ROUNDS(e, f, g, h, a, b, c, d, wk + 24);
         step(w + 8);
     }
     state[0] += a, state[1] += b, state[2] += c, state[3] += d;
     state[4] += e, state[5] += f, state[6] += g, state[7] += h;
 }
 
-#undef ZK_SHA512_FOUR_ROUNDS
-#undef ZK_SHA512_ROUND
+#undef ZK_SHA512_LANE_ROUNDS
 
 } // namespace
 
