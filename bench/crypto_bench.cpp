@@ -146,6 +146,7 @@ ZK_CRYPTO_BENCH(opensslDigest, SHA256_OpenSSL, EVP_sha256());
 ZK_CRYPTO_BENCH(zkSha384, SHA384_Zk, false);
 ZK_CRYPTO_BENCH(opensslDigest, SHA384_OpenSSL, EVP_sha384());
 ZK_CRYPTO_BENCH(zkSha512, SHA512_Zk, false);
+ZK_CRYPTO_BENCH(zkSha512, SHA512_ZkPortable, true);
 ZK_CRYPTO_BENCH(opensslDigest, SHA512_OpenSSL, EVP_sha512());
 ZK_CRYPTO_BENCH(zkCbc, AES128_CBC_Encrypt_Zk, 16, true, false);
 ZK_CRYPTO_BENCH(zkCbc, AES128_CBC_Encrypt_ZkPortable, 16, true, true);
