@@ -70,17 +70,18 @@ TEST(ZkLang, TextForms) {
 }
 
 TEST(ZkLang, TypicalScripts) {
-    EXPECT_TRUE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_HAN)));
-    EXPECT_TRUE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_JAPANESE)));
-    EXPECT_TRUE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_KATAKANA)));
-    EXPECT_FALSE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_KOREAN))) << "above 105";
-    EXPECT_TRUE(ZkLang("sr").isTypicalScript(ZkScript(USCRIPT_CYRILLIC)));
-    EXPECT_TRUE(ZkLang("sr").isTypicalScript(ZkScript(USCRIPT_LATIN)));
-    EXPECT_FALSE(ZkLang("ru").isTypicalScript(ZkScript(USCRIPT_LATIN)));
-    EXPECT_TRUE(ZkLang("fa").isTypicalScript(ZkScript(USCRIPT_ARABIC)));
-    EXPECT_TRUE(ZkLang("my").isTypicalScript(ZkScript(USCRIPT_MYANMAR)));
-    EXPECT_FALSE(ZkLang("en").isTypicalScript(ZkScript(USCRIPT_COMMON)));
-    EXPECT_FALSE(ZkLang("none").isTypicalScript(ZkScript(USCRIPT_LATIN)));
+    // clang-format off
+    struct Case { const char* lang; UScriptCode script; bool typical; } cases[] = {
+        {"ja", USCRIPT_HAN, true}, {"ja", USCRIPT_JAPANESE, true}, {"ja", USCRIPT_KATAKANA, true},
+        {"ja", USCRIPT_KOREAN, false}, // above 105
+        {"sr", USCRIPT_CYRILLIC, true}, {"sr", USCRIPT_LATIN, true}, {"ru", USCRIPT_LATIN, false},
+        {"fa", USCRIPT_ARABIC, true}, {"my", USCRIPT_MYANMAR, true}, {"en", USCRIPT_COMMON, false},
+        {"none", USCRIPT_LATIN, false},
+    };
+    // clang-format on
+    for (const Case& c : cases)
+        EXPECT_EQ(ZkLang(c.lang).isTypicalScript(ZkScript(c.script)), c.typical)
+            << c.lang << " " << c.script;
 }
 
 TEST(ZkLang, Iso3CacheUnderThreads) {
@@ -232,15 +233,15 @@ TEST(ZkScript, Classes) {
 }
 
 TEST(ZkScript, ZenkakuByScript) {
-    ZkScript japanese(USCRIPT_JAPANESE);
-    ZkScript latin(USCRIPT_LATIN);
-    EXPECT_TRUE(japanese.isZenkakuScript(0x3042));
-    EXPECT_TRUE(latin.isZenkakuScript(0xFF21)) << "fullwidth is full width in any script";
-    EXPECT_FALSE(japanese.isZenkakuScript(0x0041));
-    // U+00B0 DEGREE SIGN is ambiguous and a JIS symbol; U+00E9 is ambiguous Latin.
-    EXPECT_TRUE(japanese.isZenkakuScript(0x00B0));
-    EXPECT_FALSE(latin.isZenkakuScript(0x00B0));
-    EXPECT_FALSE(japanese.isZenkakuScript(0x00E9));
-    // U+0391 GREEK CAPITAL LETTER ALPHA is ambiguous and not Latin.
-    EXPECT_TRUE(japanese.isZenkakuScript(0x0391));
+    // Fullwidth forms are full width in any script; U+00B0 DEGREE SIGN is ambiguous and a JIS
+    // symbol; U+00E9 is ambiguous Latin; U+0391 GREEK CAPITAL LETTER ALPHA is ambiguous, not Latin.
+    // clang-format off
+    struct Case { UScriptCode script; UChar32 c; bool zenkaku; } cases[] = {
+        {USCRIPT_JAPANESE, 0x3042, true}, {USCRIPT_LATIN, 0xFF21, true}, {USCRIPT_JAPANESE, 0x0041, false},
+        {USCRIPT_JAPANESE, 0x00B0, true}, {USCRIPT_LATIN, 0x00B0, false}, {USCRIPT_JAPANESE, 0x00E9, false},
+        {USCRIPT_JAPANESE, 0x0391, true},
+    };
+    // clang-format on
+    for (const Case& c : cases)
+        EXPECT_EQ(ZkScript(c.script).isZenkakuScript(c.c), c.zenkaku) << c.script << " " << c.c;
 }
