@@ -28,17 +28,6 @@ std::string slurp(const std::string& path) {
     return readAll(file);
 }
 
-std::vector<std::string> split(const std::string& line) {
-    std::vector<std::string> fields;
-    std::stringstream in(line);
-    std::string field;
-    while (std::getline(in, field, '\t'))
-        fields.push_back(field);
-    if (!line.empty() && line.back() == '\t')
-        fields.emplace_back();
-    return fields;
-}
-
 std::string unhex(const std::string& hex) {
     std::string out;
     for (size_t i = 0; i + 1 < hex.size(); i += 2)
@@ -89,14 +78,11 @@ std::unique_ptr<ZkZipFile> openBytes(const std::string& bytes) {
 } // namespace
 
 TEST(ZipFile, CorpusReadsAsTheToolsSay) {
-    std::ifstream manifest(kCorpus + "/manifest.txt");
-    ASSERT_TRUE(manifest.is_open());
-    std::string line;
+    const auto manifest = readTable(kCorpus + "/manifest.txt");
     std::unique_ptr<ZkZipFile> zip;
     int archives = 0, members = 0, gzips = 0;
-    while (std::getline(manifest, line)) {
-        const std::vector<std::string> f = split(line);
-        SCOPED_TRACE(line);
+    for (const std::vector<std::string>& f : manifest) {
+        SCOPED_TRACE(f[0] + " " + f[1]);
         if (f[0] == "archive") {
             ++archives;
             zip = std::make_unique<ZkZipFile>();
