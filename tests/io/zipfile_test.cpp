@@ -146,22 +146,6 @@ TEST(ZipFile, CorpusReadsAsTheToolsSay) {
     EXPECT_GE(gzips, 7);
 }
 
-TEST(ZipFile, StreamedMembersTakeTheirDescriptors) {
-    for (const char* name :
-         {"streamed-python.zip", "streamed-infozip.zip", "streamed-nocentral.zip"}) {
-        SCOPED_TRACE(name);
-        ZkZipFile zip;
-        ASSERT_TRUE(zip.open((kCorpus + "/" + name).c_str()));
-        ASSERT_EQ(zip.getFileEntryCount(), 3u);
-        for (unsigned i = 0; i < 3; ++i) {
-            ZkPtr<ZkZipFileEntry> entry = zip.getFileEntry(i);
-            EXPECT_TRUE(entry->getFlags() & 8);
-            EXPECT_TRUE(entry->hasDescriptor());
-            EXPECT_GT(entry->getUncompressedSize(), 0u);
-        }
-    }
-}
-
 TEST(ZipFile, LookupsAndSignatures) {
     ZkZipFile zip;
     ASSERT_TRUE(zip.open((kCorpus + "/basic.zip").c_str()));

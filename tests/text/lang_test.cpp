@@ -30,7 +30,7 @@ TEST(ZkLang, OldCodesAreNormalised) {
     }
 }
 
-TEST(ZkLang, NullLanguages) {
+TEST(ZkLang, NullAndInvalidLanguages) {
     for (ZkLang lang : {ZkLang("none"), ZkLang(""), ZkLang(ZkName(ZKN_none)), ZkLang(ZkName())}) {
         EXPECT_TRUE(lang.isNullLang());
         EXPECT_FALSE(lang.isInvalid());
@@ -40,10 +40,7 @@ TEST(ZkLang, NullLanguages) {
     EXPECT_EQ(utf8(dropped.toString()), "fr");
     ZkLang kept(UnicodeString(u"ger"), UnicodeString(u"at"));
     EXPECT_EQ(utf8(kept.toString()), "de-AT");
-}
-
-TEST(ZkLang, NonAsciiTextIsInvalid) {
-    ZkLang lang(u"abc\u65E5\u672C");
+    ZkLang lang(u"abc\u65E5\u672C"); // non-ASCII text is invalid
     EXPECT_EQ(utf8(lang.getLanguage()), "abcxx");
     EXPECT_TRUE(lang.isInvalid());
     EXPECT_FALSE(lang.isNullLang());

@@ -20,26 +20,14 @@ std::string utf8(const UnicodeString& text) {
            << "actual [" << utf8(actual) << "] expected [" << utf8(expected) << "]";
 }
 
+// clang-format off
 const char16_t* const kRoundTripTexts[] = {
-    u"",
-    u"plain",
-    u"a\"b",
-    u"it's",
-    u"both ' and \"",
-    u"\"\"''",
-    u"back\\slash",
-    u"line\nbreak",
-    u"cr\r\nlf",
-    u"form\ffeed",
-    u"tab\tstop",
-    u" leading and trailing ",
-    u"\\A already escaped",
-    u"\u65E5\u672C\u8A9E",
-    u"emoji \U0001F600",
-    u"hex after break\nA1",
-    u"'",
-    u"\"",
+    u"", u"plain", u"'", u"\"", u"a\"b", u"it's", u"both ' and \"", u"\"\"''",          // quotes
+    u"back\\slash", u"\\A already escaped", u"line\nbreak", u"cr\r\nlf", u"form\ffeed", // escapes
+    u"tab\tstop", u"hex after break\nA1", u" leading and trailing ",                     // blanks
+    u"\u65E5\u672C\u8A9E", u"emoji \U0001F600",                                           // beyond ASCII
 };
+// clang-format on
 
 } // namespace
 
