@@ -145,36 +145,6 @@ TEST(ZkValueArith, ChainsInfinityAndSignedZero) {
     EXPECT_TRUE(std::signbit(ZkValue(-0.0f).abs().getRealValue(UnitNumber)));
 }
 
-TEST(ZkValueArith, NormalizeUnit) {
-    struct Case {
-        ZkValue value;
-        ZkValueType type;
-        ZkUnitType unit;
-        float number;
-    } cases[] = {
-        {ZkValue(50, UnitPercent), ValueReal, UnitPercent, 50},
-        {ZkValue(50, UnitPercent2), ValueReal, UnitPercent2, 50},
-        {ZkValue(1, UnitIn), ValueReal, UnitPt, 72},
-        {ZkValue(3, UnitPt), ValueReal, UnitPt, 3},
-        {ZkValue(1.0f, UnitRad), ValueReal, UnitDeg, 57.295776f},
-        {ZkValue(100, UnitGrad), ValueReal, UnitDeg, 90},
-        {ZkValue(2, UnitS), ValueReal, UnitMs, 2000},
-        {ZkValue(2, UnitKHz), ValueReal, UnitHz, 2000},
-        {ZkValue(96, UnitDpi), ValueInteger, UnitNumber, 96},
-        {ZkValue(10, UnitDpcm), ValueReal, UnitNumber, 25.4f},
-        {ZkValue(3, UnitEm), ValueInteger, UnitEm, 3},
-    };
-    int index = 0;
-    for (Case& k : cases) {
-        SCOPED_TRACE(index++);
-        k.value.normalizeUnit();
-        EXPECT_TRUE(isValue(k.value, k.type, k.unit, k.number));
-    }
-    ZkValue text(u"x");
-    text.normalizeUnit();
-    EXPECT_TRUE(text.isString());
-}
-
 TEST(ZkValueArith, RadianFactorsDifferInTheLastBit) {
     ZkValue normalized(1.0f, UnitRad);
     normalized.normalizeUnit();

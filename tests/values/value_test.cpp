@@ -7,6 +7,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <sstream>
 #include <string>
 
 using namespace ZkCommonNS;
@@ -23,6 +24,35 @@ public:
 private:
     bool* m_dead;
 };
+
+// A unit by its printed word; "number" and "none" for the two without one, "%2" for the second
+// percentage.
+ZkUnitType unitOf(const std::string& word) {
+    if (word.empty() || word == "number")
+        return UnitNumber;
+    if (word == "none" || word == "%2")
+        return word == "none" ? UnitNone : UnitPercent2;
+    for (int u = 0; u < kUnitTypeCount; ++u)
+        if (utf8(ZkValue::getUnitString(static_cast<ZkUnitType>(u))) == word)
+            return static_cast<ZkUnitType>(u);
+    ADD_FAILURE() << "no unit " << word;
+    return UnitNone;
+}
+
+// "-" is Null, 'text' a string, otherwise a number and a unit word: a real when the number has a
+// point or an exponent, or is nan.
+ZkValue valueOf(const std::string& text) {
+    if (text == "-")
+        return ZkValue();
+    if (text[0] == '\'')
+        return ZkValue(UnicodeString::fromUTF8(text.substr(1, text.size() - 2)));
+    const size_t space = text.find(' ');
+    const std::string number = text.substr(0, space);
+    const ZkUnitType unit = unitOf(space == std::string::npos ? "" : text.substr(space + 1));
+    if (number.find_first_of(".en") != std::string::npos)
+        return ZkValue(std::stof(number), unit);
+    return ZkValue(std::stoi(number), unit);
+}
 
 } // namespace
 
@@ -172,52 +202,32 @@ TEST(ZkValue, IntegerConversion) {
     EXPECT_EQ(ZkValue(3.7f, UnitCm).getIntegerValue(0), 4);
 }
 
-TEST(ZkValue, RealValueConversions) {
-    struct Case {
-        ZkValue value;
-        ZkUnitType target;
-        float expected; // NaN: no conversion
-    } cases[] = {
-        {ZkValue(2.0f, UnitCm), UnitCm, 2.0f},
-        {ZkValue(2.0f, UnitCm), UnitNone, 2.0f},
-        {ZkValue(50, UnitPercent), UnitNumber, 0.5f},
-        {ZkValue(50, UnitPercent2), UnitNumber, 0.5f},
-        {ZkValue(96.0f, UnitDpi), UnitNumber, 96.0f},
-        {ZkValue(10.0f, UnitDpcm), UnitNumber, 25.4f},
-        {ZkValue(0.5f), UnitPercent, 50.0f},
-        {ZkValue(0.5f), UnitPercent2, 50.0f},
-        {ZkValue(1.0f, UnitIn), UnitPt, 72.0f},
-        {ZkValue(1.0f, UnitIn), UnitMm, 25.4f},
-        {ZkValue(2.0f), UnitDeg, 2.0f},
-        {ZkValue(1.0f, UnitRad), UnitDeg, 57.29578f},
-        {ZkValue(100.0f, UnitGrad), UnitDeg, 90.0f},
-        {ZkValue(180.0f, UnitDeg), UnitRad, 3.1415925f},
-        {ZkValue(100.0f, UnitGrad), UnitRad, 1.5707964f},
-        {ZkValue(90.0f, UnitDeg), UnitGrad, 1.5707963f},
-        {ZkValue(1.0f, UnitRad), UnitGrad, 63.661976f},
-        {ZkValue(2.0f, UnitS), UnitMs, 2000.0f},
-        {ZkValue(500.0f, UnitMs), UnitS, 0.5f},
-        {ZkValue(2.0f, UnitKHz), UnitHz, 2000.0f},
-        {ZkValue(500.0f, UnitHz), UnitKHz, 0.5f},
-        {ZkValue(300.0f), UnitDpi, 300.0f},
-        {ZkValue(10.0f, UnitDpcm), UnitDpi, 25.4f},
-        {ZkValue(25.4f), UnitDpcm, 10.0f},
-        {ZkValue(25.4f, UnitDpi), UnitDpcm, 10.0f},
-        {ZkValue(1.0f, UnitPx), UnitPt, std::nanf("")},
-        {ZkValue(1.0f, UnitCm), UnitDeg, std::nanf("")},
-        {ZkValue(1.0f, UnitEm), UnitPercent, std::nanf("")},
-        {ZkValue(u"3"), UnitNumber, std::nanf("")},
-        {ZkValue(), UnitNone, std::nanf("")},
-    };
-    int index = 0;
-    for (const Case& k : cases) {
-        SCOPED_TRACE(index++);
-        float actual = k.value.getRealValue(k.target);
-        if (std::isnan(k.expected))
+// tests/data/values/conversions.tsv: getRealValue into every unit family, and normalizeUnit.
+TEST(ZkValue, RealValueConversionsAndNormalizing) {
+    const auto rows = readTable(ZK_TEST_DATA_DIR "/values/conversions.tsv");
+    ASSERT_GT(rows.size(), 35u);
+    for (const auto& row : rows) {
+        ASSERT_EQ(row.size(), 4u);
+        SCOPED_TRACE(row[0] + " " + row[1] + " " + row[2]);
+        ZkValue value = valueOf(row[1]);
+        std::istringstream expected(row[3]);
+        std::string type = "real", unit = row[2], number;
+        if (row[0] == "normalize") {
+            value.normalizeUnit();
+            expected >> type >> unit;
+            EXPECT_EQ(type == "real" ? ValueReal : ValueInteger, value.getValueType());
+            EXPECT_EQ(unitOf(unit), value.getUnitType());
+        }
+        expected >> number;
+        const float actual = value.getRealValue(unitOf(unit));
+        if (number == "nan")
             EXPECT_TRUE(std::isnan(actual)) << actual;
         else
-            EXPECT_FLOAT_EQ(actual, k.expected);
+            EXPECT_FLOAT_EQ(actual, std::stof(number));
     }
+    ZkValue text(u"x");
+    text.normalizeUnit();
+    EXPECT_TRUE(text.isString());
 }
 
 TEST(ZkValue, LengthConversion) {
