@@ -1,5 +1,5 @@
 // ZkUri construction and the pieces of a URI: types, schemes, drive letters, path repair,
-// escaping, file names and extensions.
+// escaping, local paths and their display form, file names and extensions.
 #include "support.h"
 #include "zkcommon/io/uri.h"
 

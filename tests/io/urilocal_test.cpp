@@ -1,5 +1,5 @@
-// Local paths of URIs, display shortening, file tests, remoteness, modules beside the program,
-// and the local path shown by error positions.
+// Local files behind URIs: same-file tests, file and directory tests, "#" in existing names,
+// remoteness, modules beside the program, and the local path shown by error positions.
 #include "support.h"
 #include "zkcommon/core/error.h"
 #include "zkcommon/io/uri.h"
