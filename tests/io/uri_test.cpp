@@ -1,5 +1,5 @@
 // ZkUri construction and the pieces of a URI: types, schemes, drive letters, path repair,
-// escaping, file names and extensions.
+// escaping, local paths and their display form, file names and extensions.
 #include "support.h"
 #include "zkcommon/io/uri.h"
 
@@ -8,88 +8,70 @@
 
 using namespace ZkCommonNS;
 
-namespace {
-
-UnicodeString u(const char* text) {
-    return UnicodeString::fromUTF8(text);
-}
-
-} // namespace
-
-TEST(Uri, ConstructionByType) {
-    struct Case {
-        const char* text;
-        ZkUri::URISTRTYPE type;
-        const char* expected;
-    } cases[] = {
-        {"C:\\a b\\c.xml", ZkUri::URISTR_AUTO, "file:///C:/a%20b/c.xml"},
-        {"C:\\a b\\c.xml", ZkUri::URISTR_FILEPATH, "file:///C:/a%20b/c.xml"},
-        {"C:/a/c.xml?x=1", ZkUri::URISTR_FILEPATH, "file:///C:/a/c.xml"},
-        {"x:y", ZkUri::URISTR_AUTO, "file:///x:y"},
-        {"\\\\server\\share\\a b.xml", ZkUri::URISTR_AUTO, "file://server/share/a%20b.xml"},
-        {"//server/share/a.xml", ZkUri::URISTR_FILEPATH, "file://server/share/a.xml"},
-        {"/no/such/dir/a b.xml", ZkUri::URISTR_AUTO, "file:///no/such/dir/a%20b.xml"},
-        {"/tmp/what?.xml", ZkUri::URISTR_FILEPATH, "file:///tmp/what%3F.xml"},
-        {"dir\\a.xml", ZkUri::URISTR_AUTO, "dir/a.xml"},
-        {"http://h/a b", ZkUri::URISTR_URI, "http://h/a b"},
-        {"a b.xml", ZkUri::URISTR_URI, "a%20b.xml"},
-        {"a%20b.xml", ZkUri::URISTR_URI, "a%20b.xml"},
-        {"100% <sure>", ZkUri::URISTR_URI, "100%25%20%3Csure%3E"},
-        {"  http://h/x  ", ZkUri::URISTR_URI, "http://h/x"},
-        {"http://h/x", ZkUri::URISTR_FILEPATH_OR_URI, "http://h/x"},
-        {"C:\\x.png", ZkUri::URISTR_FILEPATH_OR_URI, "file:///C:/x.png"},
-        {"url(C:\\x.png)", ZkUri::URISTR_FILEPATH, "file:///C:/x.png"},
-        {"url('C:\\a b.png')", ZkUri::URISTR_FILEPATH, "file:///C:/a%20b.png"},
-        {"linear-gradient(red, blue)", ZkUri::URISTR_FILEPATH, "linear-gradient(red,%20blue)"},
-        {"", ZkUri::URISTR_AUTO, ""},
-        {"   ", ZkUri::URISTR_URI, ""},
-        {"caf\xC3\xA9.xml", ZkUri::URISTR_URI, "caf\xC3\xA9.xml"},
-        {"a\x7F", static_cast<ZkUri::URISTRTYPE>(99), "a%7F"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_EQ(c.expected, utf8(ZkUri(u(c.text), c.type).toString()));
+// tests/data/io/uris.tsv: construction by type, schemes, unescaping and local paths.
+TEST(Uri, TableOfFormsSchemesAndLocalPaths) {
+    const auto rows = readTable(ZK_TEST_DATA_DIR "/io/uris.tsv");
+    ASSERT_GT(rows.size(), 60u);
+    const std::pair<const char*, ZkUri::URISTRTYPE> types[] = {
+        {"URI", ZkUri::URISTR_URI},
+        {"FILEPATH", ZkUri::URISTR_FILEPATH},
+        {"FILEPATH_OR_URI", ZkUri::URISTR_FILEPATH_OR_URI},
+        {"AUTO", ZkUri::URISTR_AUTO}};
+    for (const auto& row : rows) {
+        ASSERT_EQ(row.size(), 4u);
+        SCOPED_TRACE(row[0] + " " + row[1] + " " + row[2]);
+        const UnicodeString text = UnicodeString::fromUTF8(row[1]).unescape();
+        const std::string expected = utf8(UnicodeString::fromUTF8(row[3]).unescape());
+        const std::string& kind = row[0];
+        if (kind == "construct") {
+            auto type = static_cast<ZkUri::URISTRTYPE>(99);
+            for (const auto& t : types)
+                if (row[2] == t.first)
+                    type = t.second;
+            EXPECT_EQ(expected, utf8(ZkUri(text, type).toString()));
+        } else if (kind == "scheme") {
+            ZkUri uri(text, ZkUri::URISTR_URI_ASIS);
+            EXPECT_EQ(!row[2].empty(), uri.isAbsolute());
+            EXPECT_EQ(row[2], utf8(uri.getScheme().toString()));
+            std::string which;
+            for (const auto& flag : {std::make_pair("file", uri.isFileScheme()),
+                                     std::make_pair("http", uri.isHttpScheme()),
+                                     std::make_pair("jar", uri.isJarScheme()),
+                                     std::make_pair("data", uri.isDataScheme())})
+                if (flag.second)
+                    which += (which.empty() ? "" : ",") + std::string(flag.first);
+            EXPECT_EQ(expected, which);
+        } else if (kind == "unescape") {
+            EXPECT_EQ(expected, utf8(ZkUri::unescape(text)));
+        } else if (kind == "localpath") {
+            EXPECT_EQ(expected, utf8(ZkUri::getLocalPath(text)));
+            EXPECT_EQ(expected, utf8(ZkUri(text, ZkUri::URISTR_URI_ASIS).getLocalPath()));
+        } else {
+            ASSERT_EQ(kind, "shortened");
+            EXPECT_EQ(expected,
+                      utf8(ZkUri(text, ZkUri::URISTR_URI_ASIS).getLocalPath(std::stoi(row[2]))));
+        }
     }
 }
 
-TEST(Uri, DefaultConstructorsAreEmpty) {
+TEST(Uri, EmptyAndValueSemantics) {
     ZkUri empty;
     EXPECT_TRUE(empty.isEmpty());
     EXPECT_FALSE(empty.isAbsolute());
     EXPECT_TRUE(ZkUri(u"") == empty);
+    ZkUri a(u"http://h/a", ZkUri::URISTR_URI);
+    ZkUri b(a);
+    EXPECT_TRUE(a == b);
+    b = ZkUri(u"http://h/b", ZkUri::URISTR_URI);
+    EXPECT_TRUE(a != b);
 }
 
-TEST(Uri, SchemeDetection) {
-    struct Case {
-        const char* text;
-        bool absolute;
-        const char* scheme;
-        bool file, http, jar, data;
-    } cases[] = {
-        {"http://a/b", true, "http", false, true, false, false},
-        {"HTTPS://a/b", true, "https", false, true, false, false},
-        {"File:///a", true, "file", true, false, false, false},
-        {"jar:file:///a.zip!/b", true, "jar", false, false, true, false},
-        {"data:,x", true, "data", false, false, false, true},
-        {"x-y.z+1:rest", true, "x-y.z+1", false, false, false, false},
-        {"a:b", false, "", false, false, false, false},
-        {"1a:b", false, "", false, false, false, false},
-        {"a b:c", false, "", false, false, false, false},
-        {"rel/path", false, "", false, false, false, false},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
-        ZkUri uri(u(c.text), ZkUri::URISTR_URI_ASIS);
-        EXPECT_EQ(c.absolute, uri.isAbsolute());
-        EXPECT_EQ(c.scheme, utf8(uri.getScheme().toString()));
-        EXPECT_EQ(c.file, uri.isFileScheme());
-        EXPECT_EQ(c.http, uri.isHttpScheme());
-        EXPECT_EQ(c.jar, uri.isJarScheme());
-        EXPECT_EQ(c.data, uri.isDataScheme());
-    }
-}
-
-TEST(Uri, DriveLetters) {
+TEST(Uri, EscapeAndDriveLetters) {
+    EXPECT_EQ("a%20b%25c%22%5C", utf8(ZkUri::escape(u"a b%c\"\\")));
+    EXPECT_EQ("a#b", utf8(ZkUri::escape(u"a#b")));
+    EXPECT_EQ("a%23b", utf8(ZkUri::escape(u"a#b", true)));
+    EXPECT_EQ("\xC3\xA9", utf8(ZkUri::escape(u"\u00E9")));
+    EXPECT_EQ("%85", utf8(ZkUri::escape(u"\u0085")));
     EXPECT_TRUE(ZkUri::hasDriveLetter(u"C:", 0));
     EXPECT_TRUE(ZkUri::hasDriveLetter(u"file:///z:/a", 8));
     EXPECT_FALSE(ZkUri::hasDriveLetter(u"C", 0));
@@ -97,32 +79,6 @@ TEST(Uri, DriveLetters) {
     EXPECT_FALSE(ZkUri::hasDriveLetter(u"C:", 1));
     EXPECT_FALSE(ZkUri::hasDriveLetter(u"C:", -1));
 }
-
-// clang-format off
-TEST(Uri, EscapeAndUnescape) {
-    EXPECT_EQ("a%20b%25c%22%5C", utf8(ZkUri::escape(u"a b%c\"\\")));
-    EXPECT_EQ("a#b", utf8(ZkUri::escape(u"a#b")));
-    EXPECT_EQ("a%23b", utf8(ZkUri::escape(u"a#b", true)));
-    EXPECT_EQ("\xC3\xA9", utf8(ZkUri::escape(u"\u00E9")));
-    EXPECT_EQ("%85", utf8(ZkUri::escape(u"\u0085")));
-
-    struct Case {
-        const char* text;
-        const char* expected;
-    } cases[] = {
-        {"a%20b", "a b"},
-        {"caf%C3%A9", "caf\xC3\xA9"},
-        {"%E6%97%A5%E6%9C%AC", "\xE6\x97\xA5\xE6\x9C\xAC"},
-        {"%F0%9F%98%80", "\xF0\x9F\x98\x80"},
-        {"bad%FFbyte", "bad%FFbyte"}, {"half%C3", "half%C3"}, {"%C3%A9%FF%41", "\xC3\xA9%FFA"}, {"100%", "100%"}, {"%4", "%4"}, {"%zz", "%zz"},
-        {"plain", "plain"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_EQ(c.expected, utf8(ZkUri::unescape(u(c.text))));
-    }
-}
-// clang-format on
 
 TEST(Uri, ValidCharactersAndUris) {
     for (char c : std::string("AZaz09!#$%&'()*+,-./:;=?@[]_~"))
@@ -206,13 +162,4 @@ TEST(Uri, CatalogsPassThroughUntilACatalogIsInstalled) {
     EXPECT_EQ("a%20b.xml", utf8(ZkUri(u"a b.xml", ZkUri::URISTR_URI, catalogs).toString()));
     ZkUri base(u"http://h/d/", ZkUri::URISTR_URI);
     EXPECT_EQ("http://h/d/x.dtd", utf8(ZkUri(base, u"x.dtd", catalogs).toString()));
-}
-
-TEST(Uri, ValueSemantics) {
-    ZkUri a(u"http://h/a", ZkUri::URISTR_URI);
-    ZkUri b(a);
-    EXPECT_TRUE(a == b);
-    b = ZkUri(u"http://h/b", ZkUri::URISTR_URI);
-    EXPECT_TRUE(a != b);
-    EXPECT_EQ("http://h/b", utf8(b.toString()));
 }

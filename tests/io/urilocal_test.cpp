@@ -1,5 +1,5 @@
-// Local paths of URIs, display shortening, file tests, remoteness, modules beside the program,
-// and the local path shown by error positions.
+// Local files behind URIs: same-file tests, file and directory tests, "#" in existing names,
+// remoteness, modules beside the program, and the local path shown by error positions.
 #include "support.h"
 #include "zkcommon/core/error.h"
 #include "zkcommon/io/uri.h"
@@ -19,58 +19,6 @@ UnicodeString u(const std::string& text) {
 }
 
 } // namespace
-
-TEST(UriLocalPath, FromFileUris) {
-    struct Case {
-        const char* uri;
-        const char* expected;
-    } cases[] = {
-        {"file:///a/b", "/a/b"},
-        {"file:///a/b%20c.xml", "/a/b c.xml"},
-        {"file:///a/b.xml#frag", "/a/b.xml"},
-        {"file:///a/b.xml?q=1", "/a/b.xml"},
-        {"file://host/p/q", "//host/p/q"},
-        {"file://localhost/etc/x", "/etc/x"},
-        {"file:////host/p", "//host/p"},
-        {"file:/a/b", "/a/b"},
-        {"file:a/b", "a/b"},
-        {"file:///C:/a%20b/c.xml", "C:/a b/c.xml"},
-        {"file://C:/x", "C:/x"},
-        {"file:///caf%C3%A9/%E6%97%A5.xml", "/caf\xC3\xA9/\xE6\x97\xA5.xml"},
-        {"FILE:///up", "/up"},
-        {"http://h/a%20b", "http://h/a%20b"},
-        {"rel/a%20b.xml", "rel/a%20b.xml"},
-        {"", ""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.uri);
-        EXPECT_EQ(c.expected, utf8(ZkUri::getLocalPath(u(c.uri))));
-        EXPECT_EQ(c.expected, utf8(ZkUri(u(c.uri), ZkUri::URISTR_URI_ASIS).getLocalPath()));
-    }
-}
-
-TEST(UriLocalPath, ShortenedForDisplay) {
-    struct Case {
-        const char* uri;
-        int maxLength;
-        const char* expected;
-    } cases[] = {
-        {"file:///very/long/path/to/file.xml", 20, "/very/lo.../file.xml"},
-        {"file:///very/long/path/to/file.xml", 0, "/very/long/path/to/file.xml"},
-        {"file:///very/long/path/to/file.xml", 100, "/very/long/path/to/file.xml"},
-        {"file:///a/averyveryverylongfilename.xml", 10, "/a/averyveryverylongfilename.xml"},
-        {"file:///abcdef/ghijkl/averyverylongname.xml", 12, "/ab.../averyverylongname.xml"},
-        {"http://host.example/a/b/c/d/e/f.html", 25, "http://host.exa.../f.html"},
-        {"http://h/x/y/averyveryverylongname.html", 10, "http://.../averyveryverylongname.html"},
-        {"data:text/plain,0123456789abcdef", 12, "data:text..."},
-        {"data:,0123456789", 3, "data:,0..."},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.uri);
-        EXPECT_EQ(c.expected,
-                  utf8(ZkUri(u(c.uri), ZkUri::URISTR_URI_ASIS).getLocalPath(c.maxLength)));
-    }
-}
 
 TEST(UriLocalPath, SameFileIgnoresCase) {
     ZkUri a(u"file:///Docs/A.xml", ZkUri::URISTR_URI);

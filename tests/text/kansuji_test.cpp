@@ -2,7 +2,6 @@
 #include "support.h"
 #include "zkcommon/text/util.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -10,29 +9,17 @@ using namespace ZkCommonNS;
 
 // tests/data/text/kansuji.tsv: style, digit set, marks (\u escapes allowed), text, expected.
 TEST(Kansuji, KnownAnswers) {
-    std::ifstream in(ZK_TEST_DATA_DIR "/text/kansuji.tsv");
-    ASSERT_TRUE(in);
-    std::string line;
-    int rows = 0;
-    while (std::getline(in, line)) {
-        if (line.rfind("# ", 0) == 0 || line.empty())
-            continue;
-        std::string fields[5];
-        size_t start = 0;
-        for (int i = 0; i < 5; ++i) {
-            size_t tab = i < 4 ? line.find('\t', start) : std::string::npos;
-            fields[i] = line.substr(start, tab == std::string::npos ? tab : tab - start);
-            start = tab == std::string::npos ? line.size() : tab + 1;
-        }
+    const auto rows = readTable(ZK_TEST_DATA_DIR "/text/kansuji.tsv");
+    for (const auto& fields : rows) {
+        ASSERT_EQ(fields.size(), 5u);
         SCOPED_TRACE(fields[0] + " '" + fields[3] + "'");
         UnicodeString marks = UnicodeString::fromUTF8(fields[2]).unescape();
         EXPECT_EQ(utf8(ZkUtil::convertKansuji(UnicodeString::fromUTF8(fields[3]),
                                               ZkName(UnicodeString::fromUTF8(fields[0])),
                                               ZkName(UnicodeString::fromUTF8(fields[1])), marks)),
                   fields[4]);
-        ++rows;
     }
-    EXPECT_GT(rows, 25);
+    EXPECT_GT(rows.size(), 25u);
 }
 
 TEST(Kansuji, ValuesAreFormattedFirst) {

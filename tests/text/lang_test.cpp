@@ -30,7 +30,7 @@ TEST(ZkLang, OldCodesAreNormalised) {
     }
 }
 
-TEST(ZkLang, NullLanguages) {
+TEST(ZkLang, NullAndInvalidLanguages) {
     for (ZkLang lang : {ZkLang("none"), ZkLang(""), ZkLang(ZkName(ZKN_none)), ZkLang(ZkName())}) {
         EXPECT_TRUE(lang.isNullLang());
         EXPECT_FALSE(lang.isInvalid());
@@ -40,10 +40,7 @@ TEST(ZkLang, NullLanguages) {
     EXPECT_EQ(utf8(dropped.toString()), "fr");
     ZkLang kept(UnicodeString(u"ger"), UnicodeString(u"at"));
     EXPECT_EQ(utf8(kept.toString()), "de-AT");
-}
-
-TEST(ZkLang, NonAsciiTextIsInvalid) {
-    ZkLang lang(u"abc\u65E5\u672C");
+    ZkLang lang(u"abc\u65E5\u672C"); // non-ASCII text is invalid
     EXPECT_EQ(utf8(lang.getLanguage()), "abcxx");
     EXPECT_TRUE(lang.isInvalid());
     EXPECT_FALSE(lang.isNullLang());
@@ -70,17 +67,18 @@ TEST(ZkLang, TextForms) {
 }
 
 TEST(ZkLang, TypicalScripts) {
-    EXPECT_TRUE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_HAN)));
-    EXPECT_TRUE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_JAPANESE)));
-    EXPECT_TRUE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_KATAKANA)));
-    EXPECT_FALSE(ZkLang("ja").isTypicalScript(ZkScript(USCRIPT_KOREAN))) << "above 105";
-    EXPECT_TRUE(ZkLang("sr").isTypicalScript(ZkScript(USCRIPT_CYRILLIC)));
-    EXPECT_TRUE(ZkLang("sr").isTypicalScript(ZkScript(USCRIPT_LATIN)));
-    EXPECT_FALSE(ZkLang("ru").isTypicalScript(ZkScript(USCRIPT_LATIN)));
-    EXPECT_TRUE(ZkLang("fa").isTypicalScript(ZkScript(USCRIPT_ARABIC)));
-    EXPECT_TRUE(ZkLang("my").isTypicalScript(ZkScript(USCRIPT_MYANMAR)));
-    EXPECT_FALSE(ZkLang("en").isTypicalScript(ZkScript(USCRIPT_COMMON)));
-    EXPECT_FALSE(ZkLang("none").isTypicalScript(ZkScript(USCRIPT_LATIN)));
+    // clang-format off
+    struct Case { const char* lang; UScriptCode script; bool typical; } cases[] = {
+        {"ja", USCRIPT_HAN, true}, {"ja", USCRIPT_JAPANESE, true}, {"ja", USCRIPT_KATAKANA, true},
+        {"ja", USCRIPT_KOREAN, false}, // above 105
+        {"sr", USCRIPT_CYRILLIC, true}, {"sr", USCRIPT_LATIN, true}, {"ru", USCRIPT_LATIN, false},
+        {"fa", USCRIPT_ARABIC, true}, {"my", USCRIPT_MYANMAR, true}, {"en", USCRIPT_COMMON, false},
+        {"none", USCRIPT_LATIN, false},
+    };
+    // clang-format on
+    for (const Case& c : cases)
+        EXPECT_EQ(ZkLang(c.lang).isTypicalScript(ZkScript(c.script)), c.typical)
+            << c.lang << " " << c.script;
 }
 
 TEST(ZkLang, Iso3CacheUnderThreads) {
@@ -110,42 +108,52 @@ TEST(ZkLang, Iso3CacheStaysBounded) {
     ZkLang::cleanup();
 }
 
-TEST(ZkScript, WordsBothWays) {
-    // clang-format off
-    struct Case { int code; const char* word; } cases[] = {
-        {-12, "Zsye"}, {0, "Zyyy"}, {1, "Qaai"}, {2, "Arab"}, {17, "Hani"}, {18, "Hang"},
-        {25, "Latn"}, {54, "Hrkt"}, {73, "Hans"}, {74, "Hant"}, {105, "Jpan"}, {119, "Hang"},
-        {128, "Zmth"}, {129, "Zsym"}, {174, "Zsye"}, {-2, "auto"}, {-3, "none"},
-        {USCRIPT_BRAILLE, "Brai"},
-    };
-    // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.code);
-        ZkScript script(static_cast<UScriptCode>(c.code));
-        EXPECT_EQ(utf8(script.toString()), c.word);
-        ZkScript back(script.getScriptCode());
-        int expected = c.code == -12 ? 174 : c.code == 119 ? 18 : c.code;
-        EXPECT_EQ(static_cast<int>(back.getUScriptCode()), expected);
+// tests/data/text/scripts.tsv: script words both ways, scripts of names and characters, and
+// the classes of each script.
+TEST(ZkScript, TableOfWordsNamesCharactersAndClasses) {
+    const auto rows = readTable(ZK_TEST_DATA_DIR "/text/scripts.tsv");
+    ASSERT_GT(rows.size(), 70u);
+    for (const auto& row : rows) {
+        ASSERT_GE(row.size(), 3u);
+        SCOPED_TRACE(row[0] + " " + row[1]);
+        if (row[0] == "word") {
+            const int code = std::stoi(row[1]);
+            ZkScript script(static_cast<UScriptCode>(code));
+            EXPECT_EQ(utf8(script.toString()), row[2]);
+            const int back = code == -12 ? 174 : code == 119 ? 18 : code;
+            EXPECT_EQ(static_cast<int>(ZkScript(script.getScriptCode()).getUScriptCode()), back);
+        } else if (row[0] == "name") {
+            const UnicodeString text = UnicodeString::fromUTF8(row[1]);
+            EXPECT_EQ(static_cast<int>(ZkScript(text).getUScriptCode()), std::stoi(row[2]));
+            EXPECT_EQ(static_cast<int>(ZkScript(ZkName(text)).getUScriptCode()), std::stoi(row[2]));
+        } else if (row[0] == "char") {
+            EXPECT_EQ(uscript_getShortName(ZkScript::getScript(std::stoi(row[1], nullptr, 16))),
+                      row[2]);
+        } else {
+            ASSERT_EQ(row.size(), 4u);
+            const int code = std::stoi(row[1]);
+            ZkScript s(static_cast<UScriptCode>(code));
+            const std::string classes = " " + row[2] + " ";
+            auto in = [&](const char* name) {
+                return classes.find(" " + std::string(name) + " ") != std::string::npos;
+            };
+            EXPECT_EQ(s.isCJK(), in("cjk"));
+            EXPECT_EQ(s.isCJKJustify(), in("justify"));
+            EXPECT_EQ(s.isCJKorAuto(), in("cjk") || code == -2);
+            EXPECT_EQ(s.isHangingBaseline(), in("hanging"));
+            EXPECT_EQ(s.isLatinGroup(), in("latin"));
+            EXPECT_EQ(s.isJA(), in("ja"));
+            EXPECT_EQ(s.isKanaScript(), in("kana"));
+            EXPECT_EQ(s.isSC(), in("sc"));
+            EXPECT_EQ(s.isTC(), in("tc"));
+            EXPECT_EQ(s.getA(), std::stoi(row[3], nullptr, 16));
+        }
     }
-    EXPECT_EQ(utf8(ZkScript(USCRIPT_LATIN).getScriptName()), "Latin");
-    EXPECT_EQ(utf8(ZkScript(static_cast<UScriptCode>(-1)).toString()), "");
 }
 
-TEST(ZkScript, FromNamesAndTexts) {
-    // clang-format off
-    struct Case { const char16_t* text; int code; } cases[] = {
-        {u"zh-TW", 74}, {u"zh-HK", 74}, {u"zh-CN", 73}, {u"zh", -12}, {u"zho", -12},
-        {u"zh-CHN", 73}, {u"zho-TWN", 74}, {u"ja", 105}, {u"jpn", 105}, {u"ko", 119},
-        {u"auto", -2}, {u"", -2}, {u"none", -3},
-        {u"Hira", 20}, {u"Kana", 22}, {u"Zmth", 128}, {u"Cyrl", 8}, {u"ru", 8}, {u"fre", 25},
-        {u"el", 14}, {u"zh-Hans-TW", 73}, {u"xyzzy", -1},
-    };
-    // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(utf8(UnicodeString(c.text)));
-        EXPECT_EQ(static_cast<int>(ZkScript(UnicodeString(c.text)).getUScriptCode()), c.code);
-        EXPECT_EQ(static_cast<int>(ZkScript(ZkName(c.text)).getUScriptCode()), c.code);
-    }
+TEST(ZkScript, NamesOnlyAndIcuDigits) {
+    EXPECT_EQ(utf8(ZkScript(USCRIPT_LATIN).getScriptName()), "Latin");
+    EXPECT_EQ(utf8(ZkScript(static_cast<UScriptCode>(-1)).toString()), "");
     // Some words are read as names only; as text ICU has codes of its own for them.
     EXPECT_EQ(ZkScript(ZkName(u"Latf")).getUScriptCode(), USCRIPT_LATIN);
     EXPECT_EQ(ZkScript(UnicodeString(u"Latf")).getUScriptCode(), USCRIPT_LATIN_FRAKTUR);
@@ -154,24 +162,6 @@ TEST(ZkScript, FromNamesAndTexts) {
     EXPECT_TRUE(ZkScript(u"zh").isSC());
     EXPECT_TRUE(ZkScript(u"zh").isTC());
     EXPECT_TRUE(ZkScript().isAuto());
-}
-
-TEST(ZkScript, ScriptOfCharacters) {
-    // clang-format off
-    struct Case { UChar32 c; int code; } cases[] = {
-        {0x05D0, USCRIPT_HEBREW}, {0x05FF, USCRIPT_HEBREW}, {0x0627, USCRIPT_ARABIC},
-        {0x060C, USCRIPT_ARABIC},
-        {0x0964, USCRIPT_DEVANAGARI}, {0x00A5, USCRIPT_LATIN}, {0x00A6, USCRIPT_COMMON},
-        {0x00B5, USCRIPT_LATIN}, {0x309B, USCRIPT_KATAKANA_OR_HIRAGANA},
-        {0x30FC, USCRIPT_KATAKANA_OR_HIRAGANA}, {0x1F600, USCRIPT_SYMBOLS_EMOJI},
-        {0x2211, USCRIPT_MATHEMATICAL_NOTATION}, {0x3042, USCRIPT_HIRAGANA},
-        {0x4E00, USCRIPT_HAN}, {0x0041, USCRIPT_LATIN},
-    };
-    // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.c);
-        EXPECT_EQ(static_cast<int>(ZkScript::getScript(c.c)), c.code);
-    }
     // The Arabic-Indic digits are left to ICU.
     for (UChar32 digit : {0x0661, 0x06F5}) {
         UErrorCode status = U_ZERO_ERROR;
@@ -192,55 +182,16 @@ TEST(ZkScript, ScriptOfTexts) {
     EXPECT_EQ(ZkScript::getScriptFromText(u"\U0001F600", false), USCRIPT_SYMBOLS_EMOJI);
 }
 
-TEST(ZkScript, Classes) {
+TEST(ZkScript, ZenkakuByScript) {
+    // Fullwidth forms are full width in any script; U+00B0 DEGREE SIGN is ambiguous and a JIS
+    // symbol; U+00E9 is ambiguous Latin; U+0391 GREEK CAPITAL LETTER ALPHA is ambiguous, not Latin.
     // clang-format off
-    struct Case { int code; bool cjk, justify, hanging, latin, ja, kana, sc, tc; UChar32 a; } cases[] = {
-        {-12, true, true, false, false, false, false, true, true, 0x4E9C},
-        {17, true, true, false, false, false, false, false, false, 0x4E9C},
-        {18, true, false, false, false, false, false, false, false, 0xAC00},
-        {119, true, false, false, false, false, false, false, false, 0xAC00},
-        {20, true, true, false, false, true, true, false, false, 0x3042},
-        {22, true, true, false, false, true, true, false, false, 0x30A2},
-        {54, true, true, false, false, true, true, false, false, 0x3042},
-        {105, true, true, false, false, true, false, false, false, 0x3042},
-        {73, true, true, false, false, false, false, true, false, 0x4E9C},
-        {74, true, true, false, false, false, false, false, true, 0x4E9C},
-        {5, true, true, false, false, false, false, false, false, 0xFFFF},
-        {10, false, false, true, false, false, false, false, false, 0x0905},
-        {39, false, false, true, false, false, false, false, false, 0x0F68},
-        {25, false, false, false, true, false, false, false, false, 0x0041},
-        {8, false, false, false, true, false, false, false, false, 0x0410},
-        {0, false, false, false, true, false, false, false, false, 0x0041},
-        {2, false, false, false, false, false, false, false, false, 0x0627},
-        {-2, false, false, false, false, false, false, false, false, 0xFFFF},
+    struct Case { UScriptCode script; UChar32 c; bool zenkaku; } cases[] = {
+        {USCRIPT_JAPANESE, 0x3042, true}, {USCRIPT_LATIN, 0xFF21, true}, {USCRIPT_JAPANESE, 0x0041, false},
+        {USCRIPT_JAPANESE, 0x00B0, true}, {USCRIPT_LATIN, 0x00B0, false}, {USCRIPT_JAPANESE, 0x00E9, false},
+        {USCRIPT_JAPANESE, 0x0391, true},
     };
     // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.code);
-        ZkScript s(static_cast<UScriptCode>(c.code));
-        EXPECT_EQ(s.isCJK(), c.cjk);
-        EXPECT_EQ(s.isCJKJustify(), c.justify);
-        EXPECT_EQ(s.isCJKorAuto(), c.cjk || c.code == -2);
-        EXPECT_EQ(s.isHangingBaseline(), c.hanging);
-        EXPECT_EQ(s.isLatinGroup(), c.latin);
-        EXPECT_EQ(s.isJA(), c.ja);
-        EXPECT_EQ(s.isKanaScript(), c.kana);
-        EXPECT_EQ(s.isSC(), c.sc);
-        EXPECT_EQ(s.isTC(), c.tc);
-        EXPECT_EQ(s.getA(), c.a);
-    }
-}
-
-TEST(ZkScript, ZenkakuByScript) {
-    ZkScript japanese(USCRIPT_JAPANESE);
-    ZkScript latin(USCRIPT_LATIN);
-    EXPECT_TRUE(japanese.isZenkakuScript(0x3042));
-    EXPECT_TRUE(latin.isZenkakuScript(0xFF21)) << "fullwidth is full width in any script";
-    EXPECT_FALSE(japanese.isZenkakuScript(0x0041));
-    // U+00B0 DEGREE SIGN is ambiguous and a JIS symbol; U+00E9 is ambiguous Latin.
-    EXPECT_TRUE(japanese.isZenkakuScript(0x00B0));
-    EXPECT_FALSE(latin.isZenkakuScript(0x00B0));
-    EXPECT_FALSE(japanese.isZenkakuScript(0x00E9));
-    // U+0391 GREEK CAPITAL LETTER ALPHA is ambiguous and not Latin.
-    EXPECT_TRUE(japanese.isZenkakuScript(0x0391));
+    for (const Case& c : cases)
+        EXPECT_EQ(ZkScript(c.script).isZenkakuScript(c.c), c.zenkaku) << c.script << " " << c.c;
 }

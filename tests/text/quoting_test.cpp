@@ -20,59 +20,38 @@ std::string utf8(const UnicodeString& text) {
            << "actual [" << utf8(actual) << "] expected [" << utf8(expected) << "]";
 }
 
+// clang-format off
 const char16_t* const kRoundTripTexts[] = {
-    u"",
-    u"plain",
-    u"a\"b",
-    u"it's",
-    u"both ' and \"",
-    u"\"\"''",
-    u"back\\slash",
-    u"line\nbreak",
-    u"cr\r\nlf",
-    u"form\ffeed",
-    u"tab\tstop",
-    u" leading and trailing ",
-    u"\\A already escaped",
-    u"\u65E5\u672C\u8A9E",
-    u"emoji \U0001F600",
-    u"hex after break\nA1",
-    u"'",
-    u"\"",
+    u"", u"plain", u"'", u"\"", u"a\"b", u"it's", u"both ' and \"", u"\"\"''",          // quotes
+    u"back\\slash", u"\\A already escaped", u"line\nbreak", u"cr\r\nlf", u"form\ffeed", // escapes
+    u"tab\tstop", u"hex after break\nA1", u" leading and trailing ",                     // blanks
+    u"\u65E5\u672C\u8A9E", u"emoji \U0001F600",                                           // beyond ASCII
 };
+// clang-format on
 
 } // namespace
 
-TEST(ZkUtilQuoting, QuoteChoiceInMode3) {
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"abc", 3), u"\"abc\""));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\"b", 3), u"'a\"b'"));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a'b", 3), u"\"a'b\""));
-    // Both kinds inside: double quotes, the text as it stands.
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a'\"b", 3), u"\"a'\"b\""));
-}
-
-TEST(ZkUtilQuoting, Mode7DoublesTheInnerQuote) {
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a'\"b", 7), u"\"a'\"\"b\""));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\"b", 7), u"'a\"b'"));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"x", 7), u"\"x\""));
-}
-
-TEST(ZkUtilQuoting, Mode43EscapesCssStyle) {
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\nb", 43), u"\"a\\A b\""));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\nz", 43), u"\"a\\Az\""));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\n b", 43), u"\"a\\A  b\""));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\fb\rc", 43), u"\"a\\C b\\D c\""));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\\z", 43), u"\"a\\5Cz\""));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\\1", 43), u"\"a\\5C 1\""));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\"b", 43), u"'a\"b'"));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a'\"b", 43), u"\"a'\\22 b\""));
-}
-
-TEST(ZkUtilQuoting, SingleQuotesOnlyEscapeTheQuote) {
+// clang-format off
+TEST(ZkUtilQuoting, QuoteStringForms) {
     const int singleCss = ZkUtil::QUOTE_SINGLE | ZkUtil::QUOTE_BACKSLASH;
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"it's", singleCss), u"'it\\27s'"));
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"it'", singleCss), u"'it\\27'"));
+    const struct { const char16_t* text; int mode; const char16_t* expected; } cases[] = {
+        // Mode 3 picks the quote the text lacks; with both inside, double quotes and the text as
+        // it stands. Mode 7 doubles the inner quote; mode 43 escapes CSS style.
+        {u"abc", 3, u"\"abc\""}, {u"a\"b", 3, u"'a\"b'"}, {u"a'b", 3, u"\"a'b\""}, {u"a'\"b", 3, u"\"a'\"b\""},
+        {u"a'\"b", 7, u"\"a'\"\"b\""}, {u"a\"b", 7, u"'a\"b'"}, {u"x", 7, u"\"x\""},
+        {u"a\nb", 43, u"\"a\\A b\""}, {u"a\nz", 43, u"\"a\\Az\""}, {u"a\n b", 43, u"\"a\\A  b\""},
+        {u"a\fb\rc", 43, u"\"a\\C b\\D c\""}, {u"a\\z", 43, u"\"a\\5Cz\""}, {u"a\\1", 43, u"\"a\\5C 1\""},
+        {u"a\"b", 43, u"'a\"b'"}, {u"a'\"b", 43, u"\"a'\\22 b\""},
+        {u"it's", singleCss, u"'it\\27s'"}, {u"it'", singleCss, u"'it\\27'"}, // single quotes escape only the quote
+        {u"a\nb", ZkUtil::QUOTE_BACKSLASH, u"a\\A b"},                          // no quote bits: no enclosure
+    };
+    for (const auto& k : cases)
+        EXPECT_TRUE(sameText(ZkUtil::quoteString(k.text, k.mode), k.expected)) << utf8(k.text) << " " << k.mode;
+    EXPECT_TRUE(sameText(ZkUtil::quoteUri(u"a.png"), u"url(\"a.png\")"));
+    EXPECT_TRUE(sameText(ZkUtil::quoteUri(u"a\"b\".png"), u"url(\"a%22b%22.png\")"));
+    EXPECT_TRUE(sameText(ZkUtil::quoteUri(u""), u"url(\"\")"));
 }
+// clang-format on
 
 TEST(ZkUtilQuoting, UnicodeEscapes) {
     const int mode = ZkUtil::QUOTE_DOUBLE | ZkUtil::QUOTE_UNICODE;
@@ -84,8 +63,7 @@ TEST(ZkUtilQuoting, UnicodeEscapes) {
     EXPECT_EQ(end, text + 15);
 }
 
-TEST(ZkUtilQuoting, NoQuoteBitsMeansNoEnclosure) {
-    EXPECT_TRUE(sameText(ZkUtil::quoteString(u"a\nb", ZkUtil::QUOTE_BACKSLASH), u"a\\A b"));
+TEST(ZkUtilQuoting, NoQuoteBitsParseToTheEnd) {
     const char16_t* end = nullptr;
     const char16_t* text = u"  a\\A b";
     EXPECT_TRUE(sameText(ZkUtil::parseString(text, &end, ZkUtil::QUOTE_BACKSLASH), u"a\nb"));
@@ -158,9 +136,3 @@ TEST(ZkUtilQuoting, UnquoteString) {
     }
 }
 // clang-format on
-
-TEST(ZkUtilQuoting, QuoteUri) {
-    EXPECT_TRUE(sameText(ZkUtil::quoteUri(u"a.png"), u"url(\"a.png\")"));
-    EXPECT_TRUE(sameText(ZkUtil::quoteUri(u"a\"b\".png"), u"url(\"a%22b%22.png\")"));
-    EXPECT_TRUE(sameText(ZkUtil::quoteUri(u""), u"url(\"\")"));
-}

@@ -89,31 +89,32 @@ TEST(ZkTransMatrix, InverseOfRotationAndRandomMatrices) {
     EXPECT_GT(inverted, 1500);
 }
 
-TEST(ZkPageRange, ParsesItemsInOrder) {
-    struct Case {
-        const char16_t* text;
-        bool ok;
-        const char* ranges;
-    };
-    // clang-format off
-    const Case cases[] = {
-        {u"1-3, 5, 8-", true, "1-3 5-5 8-2147483647"},
-        {u"-3", true, "0-3"}, {u"-", true, "0-2147483647"}, {u"3-1", false, ""}, {u"", true, ""}, {u" \t", true, ""}, {u"2-0", true, "2-2147483647"},
-        {u" 4 - 6 ,7", true, "4-6 7-7"}, {u"1,", false, "1-1"}, {u"1;2", false, "1-1"}, {u"99999999999", false, ""}, {u"5-3,1", false, ""},
-        {u"a", false, ""},
-    };
-    // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(utf8(c.text));
-        ZkPageRange range;
-        EXPECT_EQ(c.ok, range.parsePageRange(c.text));
-        EXPECT_EQ(c.ok, ZkPageRange::checkPageRange(c.text));
-        std::string out;
-        for (const auto& r : range.getRange())
-            out +=
-                (out.empty() ? "" : " ") + std::to_string(r.first) + "-" + std::to_string(r.second);
-        EXPECT_EQ(c.ranges, out);
+// tests/data/values/ranges.tsv: page and Unicode ranges, whether they read and what was read.
+TEST(ZkRanges, TableOfPageAndUnicodeRanges) {
+    const auto rows = readTable(ZK_TEST_DATA_DIR "/values/ranges.tsv");
+    ASSERT_GT(rows.size(), 25u);
+    for (const auto& row : rows) {
+        ASSERT_EQ(row.size(), 4u);
+        SCOPED_TRACE(row[0] + " " + row[1]);
+        const UnicodeString text = UnicodeString::fromUTF8(row[1]).unescape();
+        if (row[0] == "page") {
+            ZkPageRange range;
+            EXPECT_EQ(row[2] == "ok", range.parsePageRange(text));
+            EXPECT_EQ(row[2] == "ok", ZkPageRange::checkPageRange(text));
+            std::string out;
+            for (const auto& r : range.getRange())
+                out += (out.empty() ? "" : " ") + std::to_string(r.first) + "-" +
+                       std::to_string(r.second);
+            EXPECT_EQ(row[3], out);
+        } else {
+            ZkUnicodeRange range;
+            EXPECT_EQ(row[2] == "ok", range.parseUnicodeRange(text));
+            EXPECT_EQ(row[3], utf8(range.toString()));
+        }
     }
+}
+
+TEST(ZkPageRange, Queries) {
     ZkPageRange range;
     range.parsePageRange(u"9, 2-4");
     EXPECT_EQ(9, range.getFirstPage());
@@ -124,29 +125,7 @@ TEST(ZkPageRange, ParsesItemsInOrder) {
     EXPECT_TRUE(range.isSingle());
 }
 
-TEST(ZkUnicodeRange, ParsesAndPrints) {
-    struct Case {
-        const char16_t* text;
-        bool ok;
-        const char* printed;
-    };
-    // clang-format off
-    const Case cases[] = {
-        {u"U+26", true, "U+0026"}, {u"U+0-7F", true, "U+0000-007F"}, {u"U+4??", true, "U+04??"}, {u"U+4?\?-5", false, "U+04??"},
-        {u"u+4e00-4eff", true, "U+4E??"},
-        {u"U+0-FF, U+100-1FF", true, "U+0000-01FF"},
-        {u"U+30-", true, "U+0030-10FFFF"}, {u"U+????", true, "U+????"}, {u"U+1????", true, "U+1????"}, {u"U+1000-1FFF", true, "U+1???"},
-        {u"U+10-1F", true, "U+001?"},
-        {u"'ab', U+63", true, "U+0061-0063"},
-        {u"U+7F-0", false, ""}, {u"U+110000", false, ""}, {u"U+41 x", false, "U+0041"}, {u"", true, ""}, {u"'open", false, ""},
-    };
-    // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(utf8(c.text));
-        ZkUnicodeRange range;
-        EXPECT_EQ(c.ok, range.parseUnicodeRange(UnicodeString(c.text)));
-        EXPECT_EQ(c.printed, utf8(range.toString()));
-    }
+TEST(ZkUnicodeRange, StopsAndReadsValues) {
     ZkUnicodeRange stop;
     const char16_t* end = nullptr;
     const char16_t* text = u"U+4?\?-5";

@@ -63,17 +63,9 @@ TEST(ZkLength, RoundTripsAreExact) {
     EXPECT_FLOAT_EQ(ZkLength(1.0f, UnitIn).getRealValue(UnitMm), 25.4f);
 }
 
-TEST(ZkLength, Construction) {
-    EXPECT_EQ(static_cast<float>(ZkLength()), 0.0f);
-    EXPECT_EQ(static_cast<float>(ZkLength(3)), 3.0f);
-    EXPECT_EQ(static_cast<float>(ZkLength(3u)), 3.0f);
-    EXPECT_EQ(static_cast<float>(ZkLength(2.5)), 2.5f);
-    EXPECT_TRUE(ZkLength::autoLength().isAuto());
+TEST(ZkLength, FromValuesAndRounding) {
     EXPECT_EQ(static_cast<float>(ZkLength(ZkValue(2.0f, UnitIn))), 144.0f);
     EXPECT_TRUE(ZkLength(ZkValue(2.0f, UnitEm)).isAuto());
-}
-
-TEST(ZkLength, IntegerAndPixelRounding) {
     EXPECT_EQ(ZkLength(-1.7f).getIntegerValue(UnitPt), -1);
     EXPECT_EQ(ZkLength(1.5f).getIntegerValue(UnitPt), 2);
     EXPECT_EQ(ZkLength(-1.5f).getIntegerValue(UnitPt), -1);
@@ -87,58 +79,23 @@ TEST(ZkLength, IntegerAndPixelRounding) {
     EXPECT_EQ(ZkLength::autoLength().getPixelCount(96.0f), 0);
 }
 
-TEST(ZkLength, Tests) {
+TEST(ZkLength, AutoAndTheLimits) {
     ZkLength automatic = ZkLength::autoLength();
-    EXPECT_TRUE(automatic.eq(ZkLength::autoLength()));
+    EXPECT_TRUE(automatic.eq(ZkLength::autoLength())); // unlike the float comparison
     EXPECT_FALSE(static_cast<float>(automatic) == static_cast<float>(ZkLength::autoLength()));
     EXPECT_FALSE(automatic.eq(ZkLength(0)));
     EXPECT_FALSE(ZkLength(0).eq(automatic));
-    EXPECT_TRUE(ZkLength(2).eq(ZkLength(2.0f)));
     EXPECT_FALSE(automatic.isInvalid());
     EXPECT_FALSE(ZkLength(283464.5f).isInvalid());
     EXPECT_TRUE(ZkLength(283465.0f).isInvalid());
     EXPECT_TRUE(ZkLength(-283465.0f).isInvalid());
-    EXPECT_TRUE(ZkLength(0).isZero());
-    EXPECT_TRUE(ZkLength(-1).isNegative());
-    EXPECT_TRUE(ZkLength(1).isPositive());
     EXPECT_FALSE(automatic.isZero() || automatic.isNegative() || automatic.isPositive());
-}
-
-TEST(ZkLength, Tolerances) {
-    ZkLength a(10.0f);
-    EXPECT_TRUE(a.isAlmostEqual(ZkLength(10.05f), 0.1f));
-    EXPECT_FALSE(a.isAlmostEqual(ZkLength(10.2f), 0.1f));
-    EXPECT_TRUE(ZkLength(0.05f).isAlmostZero(0.1f));
-    EXPECT_TRUE(ZkLength(-0.05f).isAlmostZero(0.1f));
-    EXPECT_FALSE(ZkLength(0.2f).isAlmostZero(0.1f));
-    EXPECT_TRUE(ZkLength(0.05f).isAlmostZeroOrNegative(0.1f));
-    EXPECT_TRUE(ZkLength(-5.0f).isAlmostZeroOrNegative(0.1f));
-    EXPECT_FALSE(ZkLength(0.2f).isAlmostZeroOrNegative(0.1f));
-    EXPECT_TRUE(ZkLength(-0.05f).isAlmostZeroOrPositive(0.1f));
-    EXPECT_FALSE(ZkLength(-0.2f).isAlmostZeroOrPositive(0.1f));
-    ZkLength automatic = ZkLength::autoLength();
     EXPECT_FALSE(automatic.isAlmostEqual(automatic, 1.0f));
     EXPECT_FALSE(automatic.isAlmostZero(1.0f));
     EXPECT_FALSE(automatic.isAlmostZeroOrNegative(1.0f));
     EXPECT_FALSE(automatic.isAlmostZeroOrPositive(1.0f));
-}
-
-TEST(ZkLength, Arithmetic) {
-    ZkLength a(10.0f);
-    EXPECT_EQ(static_cast<float>(a + 2), 12.0f);
-    EXPECT_EQ(static_cast<float>(a - 2L), 8.0f);
-    EXPECT_EQ(static_cast<float>(a * 1.5f), 15.0f);
-    EXPECT_EQ(static_cast<float>(a / 4.0), 2.5f);
-    EXPECT_EQ(static_cast<float>(-a), -10.0f);
-    EXPECT_EQ(static_cast<float>(+a), 10.0f);
-    EXPECT_TRUE((ZkLength::autoLength() + 1).isAuto());
-    a += ZkLength(5);
-    EXPECT_EQ(static_cast<float>(a), 15.0f);
-    a -= 5.0f;
-    a *= 2.0f;
-    a /= 4.0f;
-    EXPECT_EQ(static_cast<float>(a), 5.0f);
-    ZkLength automatic = ZkLength::autoLength();
+    // Arithmetic and compound assignment keep auto auto.
+    EXPECT_TRUE((automatic + 1).isAuto());
     automatic += 3.0f;
     automatic -= ZkLength(1);
     automatic *= 0.0f;

@@ -40,139 +40,109 @@ const float kMm = 2.8346457f;
 
 } // namespace
 
-TEST(ZkValueArith, ZeroHasNoDimension) {
-    EXPECT_TRUE(isValue(ZkValue(0) + ZkValue(2, UnitCm), ValueInteger, UnitCm, 2));
-    EXPECT_TRUE(isValue(ZkValue(2, UnitCm) + ZkValue(0), ValueInteger, UnitCm, 2));
-    EXPECT_TRUE(isValue(ZkValue(0) - ZkValue(2, UnitCm), ValueInteger, UnitCm, -2));
-    EXPECT_TRUE(isValue(ZkValue(2, UnitCm) - ZkValue(0), ValueInteger, UnitCm, 2));
-    EXPECT_TRUE(isValue(ZkValue(0.0f) + ZkValue(1.5f, UnitEm), ValueReal, UnitEm, 1.5f));
+TEST(ZkValueArith, OperatorsByTheUnitRules) {
+    struct Case {
+        ZkValue actual;
+        ZkValueType type; // ValueNull: no result
+        ZkUnitType unit;
+        float number;
+    };
+    // clang-format off
+    const Case cases[] = {
+        // zero has no dimension
+        {ZkValue(0) + ZkValue(2, UnitCm), ValueInteger, UnitCm, 2},
+        {ZkValue(2, UnitCm) + ZkValue(0), ValueInteger, UnitCm, 2},
+        {ZkValue(0) - ZkValue(2, UnitCm), ValueInteger, UnitCm, -2},
+        {ZkValue(2, UnitCm) - ZkValue(0), ValueInteger, UnitCm, 2},
+        {ZkValue(0.0f) + ZkValue(1.5f, UnitEm), ValueReal, UnitEm, 1.5f},
+        // mixed units add but do not subtract
+        {ZkValue(2, UnitCm) + ZkValue(1, UnitMm), ValueReal, UnitPt, 2 * kCm + kMm},
+        {ZkValue(2, UnitCm) - ZkValue(1, UnitMm), ValueNull, UnitNone, 0},
+        {ZkValue(2, UnitCm) - ZkValue(1, UnitCm), ValueInteger, UnitCm, 1},
+        {ZkValue(1) + ZkValue(1.5f), ValueReal, UnitNumber, 2.5f},
+        {ZkValue(2, UnitPx) + ZkValue(3), ValueNull, UnitNone, 0},
+        {ZkValue(2, UnitPx) + ZkValue(3, UnitEm), ValueNull, UnitNone, 0},
+        {ZkValue(1, UnitS) + ZkValue(500, UnitMs), ValueReal, UnitMs, 1500},
+        {ZkValue(2, UnitCm) - ZkValue(0.5f, UnitCm), ValueReal, UnitPt, 1.5f * kCm},
+        {ZkValue(3, UnitPx) + ZkValue(4, UnitPx), ValueInteger, UnitPx, 7},
+        // non numeric sides give null
+        {ZkValue(u"a") + ZkValue(1), ValueNull, UnitNone, 0},
+        {ZkValue(1) + ZkValue(u"a"), ValueNull, UnitNone, 0},
+        {ZkValue(u"a") - ZkValue(0), ValueNull, UnitNone, 0},
+        {ZkValue(ZKN_auto) * ZkValue(2), ValueNull, UnitNone, 0},
+        {ZkValue() / ZkValue(2), ValueNull, UnitNone, 0},
+        {ZkValue(4) % ZkValue(), ValueNull, UnitNone, 0},
+        // integer overflow wraps
+        {ZkValue(2147483647) + ZkValue(1), ValueInteger, UnitNumber, -2147483648.0f},
+        // products
+        {ZkValue(3) * ZkValue(2, UnitCm), ValueReal, UnitPt, 6 * kCm},
+        {ZkValue(2, UnitPt) * ZkValue(3, UnitPt), ValueReal, UnitLength2, 6},
+        {ZkValue(4, UnitPt) * (ZkValue(2, UnitPt) * ZkValue(3, UnitPt)), ValueReal, UnitLength3, 24},
+        {ZkValue(50, UnitPercent) * ZkValue(4), ValueReal, UnitNumber, 2},
+        {ZkValue(50, UnitPercent) * ZkValue(2, UnitCm), ValueReal, UnitPt, kCm},
+        {ZkValue(2) * ZkValue(3), ValueReal, UnitNumber, 6},
+        {ZkValue(2, UnitEm) * ZkValue(3, UnitPx), ValueNull, UnitNone, 0},
+        {ZkValue(2) * ZkValue(90, UnitDeg), ValueReal, UnitDeg, 180},
+        // quotients
+        {ZkValue(6, UnitPt) / ZkValue(2, UnitPt), ValueReal, UnitNumber, 3},
+        {ZkValue(6, UnitCm) / ZkValue(2), ValueReal, UnitPt, 3 * kCm},
+        {ZkValue(6) / ZkValue(2, UnitPt), ValueNull, UnitNone, 0},
+        {ZkValue(50, UnitPercent) / ZkValue(2), ValueReal, UnitNumber, 0.25f},
+        {ZkValue(10, UnitPt) / ZkValue(50, UnitPercent), ValueReal, UnitPt, 20},
+        {ZkValue(24.0f, UnitLength3) / ZkValue(2, UnitPt), ValueReal, UnitLength2, 12},
+        {ZkValue(24.0f, UnitLength3) / ZkValue(6.0f, UnitLength2), ValueReal, UnitPt, 4},
+        {ZkValue(6.0f, UnitLength2) / ZkValue(2, UnitPt), ValueReal, UnitPt, 3},
+        {ZkValue(2, UnitPt) / ZkValue(6.0f, UnitLength2), ValueNull, UnitNone, 0},
+        {ZkValue(2, UnitEm) / ZkValue(2, UnitPx), ValueNull, UnitNone, 0},
+        // remainders
+        {ZkValue(-4) % ZkValue(2), ValueInteger, UnitNumber, -2},
+        {ZkValue(4) % ZkValue(2), ValueInteger, UnitNumber, 0},
+        {ZkValue(-3) % ZkValue(2), ValueInteger, UnitNumber, -1},
+        {ZkValue(7) % ZkValue(3), ValueInteger, UnitNumber, 1},
+        {ZkValue(7) % ZkValue(-3), ValueInteger, UnitNumber, 1},
+        {ZkValue(5.5f) % ZkValue(2), ValueReal, UnitNumber, 1.5f},
+        {ZkValue(7, UnitPx) % ZkValue(4, UnitPx), ValueInteger, UnitPx, 3},
+        {ZkValue(2, UnitCm) % ZkValue(1, UnitMm), ValueNull, UnitNone, 0},
+        {ZkValue(0) % ZkValue(2, UnitCm), ValueNull, UnitNone, 0},
+        {ZkValue(5) % ZkValue(0), ValueNull, UnitNone, 0},
+        // Divides exactly with a negative dividend: minus the divisor, by the sign rule.
+        {ZkValue(-2147483647 - 1) % ZkValue(-1), ValueInteger, UnitNumber, 1},
+        // unary minus and abs
+        {-ZkValue(3, UnitPx), ValueInteger, UnitPx, -3},
+        {-ZkValue(u"x"), ValueNull, UnitNone, 0},
+        {ZkValue(-3, UnitPx).abs(), ValueInteger, UnitPx, 3},
+        {ZkValue(-2.5f, UnitEm).abs(), ValueReal, UnitEm, 2.5f},
+        {ZkValue(ZKN_auto).abs(), ValueNull, UnitNone, 0},
+        // rounding
+        {ZkValue(2.5f, UnitCm).round(), ValueNull, UnitNone, 0},
+        {ZkValue(2.5f).round(), ValueReal, UnitNumber, 3},
+        {ZkValue(-2.5f).round(), ValueReal, UnitNumber, -2},
+        {ZkValue(-0.5f).round(), ValueReal, UnitNumber, 0},
+        {ZkValue(2.7f).floor(), ValueReal, UnitNumber, 2},
+        {ZkValue(-2.2f).floor(), ValueReal, UnitNumber, -3},
+        {ZkValue(2.2f).ceiling(), ValueReal, UnitNumber, 3},
+        {ZkValue(7).round(), ValueInteger, UnitNumber, 7},
+        {ZkValue(u"2").floor(), ValueNull, UnitNone, 0},
+    };
+    // clang-format on
+    int index = 0;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(index++);
+        EXPECT_TRUE(c.type == ValueNull ? isNull(c.actual)
+                                        : isValue(c.actual, c.type, c.unit, c.number));
+    }
 }
 
-TEST(ZkValueArith, MixedUnitsAddButDoNotSubtract) {
-    EXPECT_TRUE(isValue(ZkValue(2, UnitCm) + ZkValue(1, UnitMm), ValueReal, UnitPt, 2 * kCm + kMm));
-    EXPECT_TRUE(isNull(ZkValue(2, UnitCm) - ZkValue(1, UnitMm)));
-    EXPECT_TRUE(isValue(ZkValue(2, UnitCm) - ZkValue(1, UnitCm), ValueInteger, UnitCm, 1));
-    EXPECT_TRUE(isValue(ZkValue(1) + ZkValue(1.5f), ValueReal, UnitNumber, 2.5f));
-    EXPECT_TRUE(isNull(ZkValue(2, UnitPx) + ZkValue(3)));
-    EXPECT_TRUE(isNull(ZkValue(2, UnitPx) + ZkValue(3, UnitEm)));
-    EXPECT_TRUE(isValue(ZkValue(1, UnitS) + ZkValue(500, UnitMs), ValueReal, UnitMs, 1500));
-    EXPECT_TRUE(isValue(ZkValue(2, UnitCm) - ZkValue(0.5f, UnitCm), ValueReal, UnitPt, 1.5f * kCm));
-    EXPECT_TRUE(isValue(ZkValue(3, UnitPx) + ZkValue(4, UnitPx), ValueInteger, UnitPx, 7));
-}
-
-TEST(ZkValueArith, NonNumericSidesGiveNull) {
-    EXPECT_TRUE(isNull(ZkValue(u"a") + ZkValue(1)));
-    EXPECT_TRUE(isNull(ZkValue(1) + ZkValue(u"a")));
-    EXPECT_TRUE(isNull(ZkValue(u"a") - ZkValue(0)));
-    EXPECT_TRUE(isNull(ZkValue(ZKN_auto) * ZkValue(2)));
-    EXPECT_TRUE(isNull(ZkValue() / ZkValue(2)));
-    EXPECT_TRUE(isNull(ZkValue(4) % ZkValue()));
-}
-
-TEST(ZkValueArith, IntegerOverflowWraps) {
-    EXPECT_TRUE(
-        isValue(ZkValue(2147483647) + ZkValue(1), ValueInteger, UnitNumber, -2147483648.0f));
-}
-
-TEST(ZkValueArith, Products) {
-    EXPECT_TRUE(isValue(ZkValue(3) * ZkValue(2, UnitCm), ValueReal, UnitPt, 6 * kCm));
-    EXPECT_TRUE(isValue(ZkValue(2, UnitPt) * ZkValue(3, UnitPt), ValueReal, UnitLength2, 6));
+TEST(ZkValueArith, ChainsInfinityAndSignedZero) {
     ZkValue cube = ZkValue(2, UnitPt) * ZkValue(3, UnitPt) * ZkValue(4, UnitPt);
     EXPECT_TRUE(isValue(cube, ValueReal, UnitLength3, 24));
-    EXPECT_TRUE(isValue(ZkValue(4, UnitPt) * (ZkValue(2, UnitPt) * ZkValue(3, UnitPt)), ValueReal,
-                        UnitLength3, 24));
     EXPECT_TRUE(isNull(cube * ZkValue(1, UnitPt)));
-    EXPECT_TRUE(isValue(ZkValue(50, UnitPercent) * ZkValue(4), ValueReal, UnitNumber, 2));
-    EXPECT_TRUE(isValue(ZkValue(50, UnitPercent) * ZkValue(2, UnitCm), ValueReal, UnitPt, kCm));
-    EXPECT_TRUE(isValue(ZkValue(2) * ZkValue(3), ValueReal, UnitNumber, 6));
-    EXPECT_TRUE(isNull(ZkValue(2, UnitEm) * ZkValue(3, UnitPx)));
-    EXPECT_TRUE(isValue(ZkValue(2) * ZkValue(90, UnitDeg), ValueReal, UnitDeg, 180));
-}
-
-TEST(ZkValueArith, Quotients) {
-    EXPECT_TRUE(isValue(ZkValue(6, UnitPt) / ZkValue(2, UnitPt), ValueReal, UnitNumber, 3));
-    EXPECT_TRUE(isValue(ZkValue(6, UnitCm) / ZkValue(2), ValueReal, UnitPt, 3 * kCm));
-    EXPECT_TRUE(isNull(ZkValue(6) / ZkValue(2, UnitPt)));
-    EXPECT_TRUE(isValue(ZkValue(50, UnitPercent) / ZkValue(2), ValueReal, UnitNumber, 0.25f));
-    EXPECT_TRUE(isValue(ZkValue(10, UnitPt) / ZkValue(50, UnitPercent), ValueReal, UnitPt, 20));
-    EXPECT_TRUE(
-        isValue(ZkValue(24.0f, UnitLength3) / ZkValue(2, UnitPt), ValueReal, UnitLength2, 12));
-    EXPECT_TRUE(
-        isValue(ZkValue(24.0f, UnitLength3) / ZkValue(6.0f, UnitLength2), ValueReal, UnitPt, 4));
-    EXPECT_TRUE(isValue(ZkValue(6.0f, UnitLength2) / ZkValue(2, UnitPt), ValueReal, UnitPt, 3));
-    EXPECT_TRUE(isNull(ZkValue(2, UnitPt) / ZkValue(6.0f, UnitLength2)));
-    EXPECT_TRUE(isNull(ZkValue(2, UnitEm) / ZkValue(2, UnitPx)));
     ZkValue infinite = ZkValue(1) / ZkValue(0);
     EXPECT_TRUE(infinite.isReal());
     EXPECT_TRUE(std::isinf(infinite.getRealValue(UnitNumber)));
-}
-
-TEST(ZkValueArith, Remainders) {
-    EXPECT_TRUE(isValue(ZkValue(-4) % ZkValue(2), ValueInteger, UnitNumber, -2));
-    EXPECT_TRUE(isValue(ZkValue(4) % ZkValue(2), ValueInteger, UnitNumber, 0));
-    EXPECT_TRUE(isValue(ZkValue(-3) % ZkValue(2), ValueInteger, UnitNumber, -1));
-    EXPECT_TRUE(isValue(ZkValue(7) % ZkValue(3), ValueInteger, UnitNumber, 1));
-    EXPECT_TRUE(isValue(ZkValue(7) % ZkValue(-3), ValueInteger, UnitNumber, 1));
-    EXPECT_TRUE(isValue(ZkValue(5.5f) % ZkValue(2), ValueReal, UnitNumber, 1.5f));
-    EXPECT_TRUE(isValue(ZkValue(7, UnitPx) % ZkValue(4, UnitPx), ValueInteger, UnitPx, 3));
-    EXPECT_TRUE(isNull(ZkValue(2, UnitCm) % ZkValue(1, UnitMm)));
-    EXPECT_TRUE(isNull(ZkValue(0) % ZkValue(2, UnitCm)));
-    EXPECT_TRUE(isNull(ZkValue(5) % ZkValue(0)));
-    // Divides exactly with a negative dividend: minus the divisor, by the sign rule.
-    EXPECT_TRUE(isValue(ZkValue(-2147483647 - 1) % ZkValue(-1), ValueInteger, UnitNumber, 1));
-}
-
-TEST(ZkValueArith, UnaryMinusAndAbs) {
-    EXPECT_TRUE(isValue(-ZkValue(3, UnitPx), ValueInteger, UnitPx, -3));
     ZkValue negativeZero = -ZkValue(0.0f, UnitPt);
     EXPECT_TRUE(std::signbit(negativeZero.getRealValue(UnitPt)));
-    EXPECT_TRUE(isNull(-ZkValue(u"x")));
-    EXPECT_TRUE(isValue(ZkValue(-3, UnitPx).abs(), ValueInteger, UnitPx, 3));
-    EXPECT_TRUE(isValue(ZkValue(-2.5f, UnitEm).abs(), ValueReal, UnitEm, 2.5f));
     EXPECT_TRUE(std::signbit(ZkValue(-0.0f).abs().getRealValue(UnitNumber)));
-    EXPECT_TRUE(isNull(ZkValue(ZKN_auto).abs()));
-}
-
-TEST(ZkValueArith, Rounding) {
-    EXPECT_TRUE(isNull(ZkValue(2.5f, UnitCm).round()));
-    EXPECT_TRUE(isValue(ZkValue(2.5f).round(), ValueReal, UnitNumber, 3));
-    EXPECT_TRUE(isValue(ZkValue(-2.5f).round(), ValueReal, UnitNumber, -2));
-    EXPECT_TRUE(isValue(ZkValue(-0.5f).round(), ValueReal, UnitNumber, 0));
-    EXPECT_TRUE(isValue(ZkValue(2.7f).floor(), ValueReal, UnitNumber, 2));
-    EXPECT_TRUE(isValue(ZkValue(-2.2f).floor(), ValueReal, UnitNumber, -3));
-    EXPECT_TRUE(isValue(ZkValue(2.2f).ceiling(), ValueReal, UnitNumber, 3));
-    EXPECT_TRUE(isValue(ZkValue(7).round(), ValueInteger, UnitNumber, 7));
-    EXPECT_TRUE(isNull(ZkValue(u"2").floor()));
-}
-
-TEST(ZkValueArith, NormalizeUnit) {
-    struct Case {
-        ZkValue value;
-        ZkValueType type;
-        ZkUnitType unit;
-        float number;
-    } cases[] = {
-        {ZkValue(50, UnitPercent), ValueReal, UnitPercent, 50},
-        {ZkValue(50, UnitPercent2), ValueReal, UnitPercent2, 50},
-        {ZkValue(1, UnitIn), ValueReal, UnitPt, 72},
-        {ZkValue(3, UnitPt), ValueReal, UnitPt, 3},
-        {ZkValue(1.0f, UnitRad), ValueReal, UnitDeg, 57.295776f},
-        {ZkValue(100, UnitGrad), ValueReal, UnitDeg, 90},
-        {ZkValue(2, UnitS), ValueReal, UnitMs, 2000},
-        {ZkValue(2, UnitKHz), ValueReal, UnitHz, 2000},
-        {ZkValue(96, UnitDpi), ValueInteger, UnitNumber, 96},
-        {ZkValue(10, UnitDpcm), ValueReal, UnitNumber, 25.4f},
-        {ZkValue(3, UnitEm), ValueInteger, UnitEm, 3},
-    };
-    int index = 0;
-    for (Case& k : cases) {
-        SCOPED_TRACE(index++);
-        k.value.normalizeUnit();
-        EXPECT_TRUE(isValue(k.value, k.type, k.unit, k.number));
-    }
-    ZkValue text(u"x");
-    text.normalizeUnit();
-    EXPECT_TRUE(text.isString());
 }
 
 TEST(ZkValueArith, RadianFactorsDifferInTheLastBit) {

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <sstream>
 #include <string>
 
 using namespace ZkCommonNS;
@@ -23,6 +24,35 @@ public:
 private:
     bool* m_dead;
 };
+
+// A unit by its printed word; "number" and "none" for the two without one, "%2" for the second
+// percentage.
+ZkUnitType unitOf(const std::string& word) {
+    if (word.empty() || word == "number")
+        return UnitNumber;
+    if (word == "none" || word == "%2")
+        return word == "none" ? UnitNone : UnitPercent2;
+    for (int u = 0; u < kUnitTypeCount; ++u)
+        if (utf8(ZkValue::getUnitString(static_cast<ZkUnitType>(u))) == word)
+            return static_cast<ZkUnitType>(u);
+    ADD_FAILURE() << "no unit " << word;
+    return UnitNone;
+}
+
+// "-" is Null, 'text' a string, otherwise a number and a unit word: a real when the number has a
+// point or an exponent, or is nan.
+ZkValue valueOf(const std::string& text) {
+    if (text == "-")
+        return ZkValue();
+    if (text[0] == '\'')
+        return ZkValue(UnicodeString::fromUTF8(text.substr(1, text.size() - 2)));
+    const size_t space = text.find(' ');
+    const std::string number = text.substr(0, space);
+    const ZkUnitType unit = unitOf(space == std::string::npos ? "" : text.substr(space + 1));
+    if (number.find_first_of(".en") != std::string::npos)
+        return ZkValue(std::stof(number), unit);
+    return ZkValue(std::stoi(number), unit);
+}
 
 } // namespace
 
@@ -117,41 +147,19 @@ TEST(ZkValue, Predicates) {
     ZkValue character(0x41, UnitChar);
     EXPECT_TRUE(character.isNumeric());
     EXPECT_FALSE(character.isNumericalValue());
-    EXPECT_TRUE(character.isCharacter());
     EXPECT_EQ(character.getCharacterValue(), 0x41);
     EXPECT_EQ(ZkValue(5).getCharacterValue(), -1);
-    EXPECT_TRUE(ZkValue(5).isNumber());
-    EXPECT_FALSE(ZkValue(5).isUnitNumber());
-    EXPECT_TRUE(ZkValue(5, UnitPx).isUnitNumber());
-    EXPECT_TRUE(ZkValue(5, UnitPercent).isNumberOrPercentage());
     EXPECT_TRUE(ZkValue(5, UnitPercent2).isPercentage());
-    EXPECT_FALSE(ZkValue(5, UnitPx).isNumberOrPercentage());
-    for (int u : {6, 7, 8, 9, 10, 11, 12, 26, 27, 29, 50, 51}) {
-        SCOPED_TRACE(u);
-        EXPECT_TRUE(ZkValue(1.0f, static_cast<ZkUnitType>(u)).isAbsoluteLength());
-        EXPECT_FALSE(ZkValue(1.0f, static_cast<ZkUnitType>(u)).isRelativeLength());
-    }
-    for (int u : {3, 4, 5, 32, 40, 47, 52, 53, 54}) {
-        SCOPED_TRACE(u);
-        EXPECT_TRUE(ZkValue(1.0f, static_cast<ZkUnitType>(u)).isRelativeLength());
-        EXPECT_FALSE(ZkValue(1.0f, static_cast<ZkUnitType>(u)).isAbsoluteLength());
-    }
+    EXPECT_TRUE(ZkValue(1.0f, UnitTwip).isAbsoluteLength());
+    EXPECT_TRUE(ZkValue(1.0f, UnitIc).isRelativeLength());
     EXPECT_FALSE(ZkValue(1.0f, UnitDpcm).isRelativeLength());
-    EXPECT_TRUE(ZkValue(1.0f, UnitGrad).isAngle());
-    EXPECT_FALSE(ZkValue(1.0f, UnitMs).isAngle());
     EXPECT_TRUE(ZkValue(0xFF0000, UnitColor).isColor());
     EXPECT_FALSE(ZkValue(u"red", UnitColor).isColor());
-    EXPECT_TRUE(ZkValue(u"x", UnitLiteral).isLiteralString());
-    EXPECT_TRUE(ZkValue(u"x", UnitUri).isUriString());
-    EXPECT_TRUE(ZkValue(u"x").isUnknownString());
     EXPECT_TRUE(ZkValue(-1.0f, UnitPt).isNegativeValue());
     EXPECT_FALSE(ZkValue(-1, UnitChar).isNegativeValue());
     EXPECT_TRUE(ZkValue(0).isNumberZero());
     EXPECT_TRUE(ZkValue(0.0f).isNumberZero());
     EXPECT_FALSE(ZkValue(0.0f, UnitPt).isNumberZero());
-}
-
-TEST(ZkValue, Emptiness) {
     EXPECT_TRUE(ZkValue().isEmpty());
     EXPECT_TRUE(ZkValue(ZKN_EMPTY).isEmpty());
     EXPECT_TRUE(ZkValue(u"").isEmpty());
@@ -161,16 +169,9 @@ TEST(ZkValue, Emptiness) {
 }
 
 TEST(ZkValue, ContainersAndObjects) {
-    ZkValue array(new ZkValueArray());
-    EXPECT_TRUE(array.isArray());
-    EXPECT_TRUE(array.isRCObject());
-    EXPECT_NE(array.getValueArray(), nullptr);
-    EXPECT_EQ(array.getNamedValueMap(), nullptr);
-    EXPECT_EQ(array.getArrayCount(), 0);
-    ZkValue map(new ZkNamedValueMap());
-    EXPECT_TRUE(map.isCompound());
-    EXPECT_NE(map.getNamedValueMap(), nullptr);
-    EXPECT_EQ(map.getValueArray(), nullptr);
+    // Each container answers only for its own kind.
+    EXPECT_EQ(ZkValue(new ZkValueArray()).getNamedValueMap(), nullptr);
+    EXPECT_EQ(ZkValue(new ZkNamedValueMap()).getValueArray(), nullptr);
     EXPECT_EQ(ZkValue(5).getRCObject(), nullptr);
     EXPECT_EQ(ZkValue().getArrayCount(), 0);
     EXPECT_EQ(ZkValue(5).getArrayCount(), 1);
@@ -194,52 +195,32 @@ TEST(ZkValue, IntegerConversion) {
     EXPECT_EQ(ZkValue(3.7f, UnitCm).getIntegerValue(0), 4);
 }
 
-TEST(ZkValue, RealValueConversions) {
-    struct Case {
-        ZkValue value;
-        ZkUnitType target;
-        float expected; // NaN: no conversion
-    } cases[] = {
-        {ZkValue(2.0f, UnitCm), UnitCm, 2.0f},
-        {ZkValue(2.0f, UnitCm), UnitNone, 2.0f},
-        {ZkValue(50, UnitPercent), UnitNumber, 0.5f},
-        {ZkValue(50, UnitPercent2), UnitNumber, 0.5f},
-        {ZkValue(96.0f, UnitDpi), UnitNumber, 96.0f},
-        {ZkValue(10.0f, UnitDpcm), UnitNumber, 25.4f},
-        {ZkValue(0.5f), UnitPercent, 50.0f},
-        {ZkValue(0.5f), UnitPercent2, 50.0f},
-        {ZkValue(1.0f, UnitIn), UnitPt, 72.0f},
-        {ZkValue(1.0f, UnitIn), UnitMm, 25.4f},
-        {ZkValue(2.0f), UnitDeg, 2.0f},
-        {ZkValue(1.0f, UnitRad), UnitDeg, 57.29578f},
-        {ZkValue(100.0f, UnitGrad), UnitDeg, 90.0f},
-        {ZkValue(180.0f, UnitDeg), UnitRad, 3.1415925f},
-        {ZkValue(100.0f, UnitGrad), UnitRad, 1.5707964f},
-        {ZkValue(90.0f, UnitDeg), UnitGrad, 1.5707963f},
-        {ZkValue(1.0f, UnitRad), UnitGrad, 63.661976f},
-        {ZkValue(2.0f, UnitS), UnitMs, 2000.0f},
-        {ZkValue(500.0f, UnitMs), UnitS, 0.5f},
-        {ZkValue(2.0f, UnitKHz), UnitHz, 2000.0f},
-        {ZkValue(500.0f, UnitHz), UnitKHz, 0.5f},
-        {ZkValue(300.0f), UnitDpi, 300.0f},
-        {ZkValue(10.0f, UnitDpcm), UnitDpi, 25.4f},
-        {ZkValue(25.4f), UnitDpcm, 10.0f},
-        {ZkValue(25.4f, UnitDpi), UnitDpcm, 10.0f},
-        {ZkValue(1.0f, UnitPx), UnitPt, std::nanf("")},
-        {ZkValue(1.0f, UnitCm), UnitDeg, std::nanf("")},
-        {ZkValue(1.0f, UnitEm), UnitPercent, std::nanf("")},
-        {ZkValue(u"3"), UnitNumber, std::nanf("")},
-        {ZkValue(), UnitNone, std::nanf("")},
-    };
-    int index = 0;
-    for (const Case& k : cases) {
-        SCOPED_TRACE(index++);
-        float actual = k.value.getRealValue(k.target);
-        if (std::isnan(k.expected))
+// tests/data/values/conversions.tsv: getRealValue into every unit family, and normalizeUnit.
+TEST(ZkValue, RealValueConversionsAndNormalizing) {
+    const auto rows = readTable(ZK_TEST_DATA_DIR "/values/conversions.tsv");
+    ASSERT_GT(rows.size(), 35u);
+    for (const auto& row : rows) {
+        ASSERT_EQ(row.size(), 4u);
+        SCOPED_TRACE(row[0] + " " + row[1] + " " + row[2]);
+        ZkValue value = valueOf(row[1]);
+        std::istringstream expected(row[3]);
+        std::string type = "real", unit = row[2], number;
+        if (row[0] == "normalize") {
+            value.normalizeUnit();
+            expected >> type >> unit;
+            EXPECT_EQ(type == "real" ? ValueReal : ValueInteger, value.getValueType());
+            EXPECT_EQ(unitOf(unit), value.getUnitType());
+        }
+        expected >> number;
+        const float actual = value.getRealValue(unitOf(unit));
+        if (number == "nan")
             EXPECT_TRUE(std::isnan(actual)) << actual;
         else
-            EXPECT_FLOAT_EQ(actual, k.expected);
+            EXPECT_FLOAT_EQ(actual, std::stof(number));
     }
+    ZkValue text(u"x");
+    text.normalizeUnit();
+    EXPECT_TRUE(text.isString());
 }
 
 TEST(ZkValue, LengthConversion) {
@@ -279,9 +260,6 @@ TEST(ZkValue, NamesAndStrings) {
     EXPECT_EQ(ZkValue(u"text").getStringValue(), UnicodeString(u"text"));
     EXPECT_TRUE(ZkValue(5).getStringValue().isEmpty());
     EXPECT_EQ(UnicodeString(ZkValue(u"x")), UnicodeString(u"x"));
-}
-
-TEST(ZkValue, NameFromAValue) {
     EXPECT_EQ(ZkName(ZkValue(ZKN_auto)), ZkName(ZKN_auto));
     EXPECT_EQ(ZkName(ZkValue(u"auto")), ZkName(ZKN_auto));
     EXPECT_EQ(ZkName(ZkValue(12, UnitPt)).toString(), UnicodeString(u"12pt"));
@@ -351,7 +329,7 @@ TEST(ZkValue, QuotedForms) {
     EXPECT_EQ(utf8(ZkValue(3, UnitPx).toValueText(true, true)), "3px");
 }
 
-TEST(ZkValue, AddItemOnNullSharesTheArray) {
+TEST(ZkValue, AddItemSharesThenMakesAList) {
     // The first addItem takes the value itself, so an array given to it stays shared.
     ZkValue inner;
     inner.addItem(ZkValue(1));
@@ -359,9 +337,7 @@ TEST(ZkValue, AddItemOnNullSharesTheArray) {
     ZkValue outer;
     outer.addItem(inner);
     EXPECT_EQ(outer.getValueArray(), inner.getValueArray());
-}
-
-TEST(ZkValue, AddItemMakesAListFromTheSecondItem) {
+    // A list is made from the second item on.
     ZkValue value;
     value.addItem(ZkValue(1));
     EXPECT_TRUE(value.isInteger());
@@ -479,29 +455,17 @@ TEST(ZkValueArray, ItemsAndBounds) {
     array->clear();
     EXPECT_EQ(array->getCount(), 0);
     EXPECT_EQ(copy->getCount(), 2);
-    EXPECT_TRUE(array->isA(ZkTypeID::kValueArray));
-    EXPECT_TRUE(array->isA(ZkTypeID::kRCObject));
-    EXPECT_EQ(array->getTypeID(), ZkValueArray::getStaticTypeID());
-    EXPECT_EQ(array->getTypeName(), UnicodeString(u"ZkValueArray"));
 }
 
 TEST(ZkBool, ThreeStates) {
     ZkBool undefined;
-    EXPECT_TRUE(undefined.isUndef());
     EXPECT_TRUE(undefined.isTrue(true));
     EXPECT_FALSE(undefined.isTrue(false));
-    EXPECT_FALSE(undefined == false);
-    EXPECT_FALSE(undefined == true);
+    EXPECT_FALSE(undefined == false || undefined == true);
     EXPECT_TRUE(undefined == ZkBool());
     ZkBool yes(true);
-    EXPECT_FALSE(yes.isUndef());
-    EXPECT_TRUE(yes == true);
-    EXPECT_FALSE(yes.isTrue(false) == false);
+    EXPECT_TRUE(yes.isTrue(false));
     EXPECT_FALSE(yes == ZkBool());
-    yes = false;
-    EXPECT_TRUE(yes == false);
-    yes.setUndef();
-    EXPECT_TRUE(yes.isUndef());
 }
 
 TEST(ZkInt, UndefinedPatternAndRawArithmetic) {
@@ -510,17 +474,6 @@ TEST(ZkInt, UndefinedPatternAndRawArithmetic) {
     EXPECT_EQ(static_cast<int>(value), std::numeric_limits<int>::min());
     value = 5;
     EXPECT_FALSE(value.isUndef());
-    value += 3;
-    value *= 2;
-    value -= 1;
-    value /= 3;
-    EXPECT_EQ(static_cast<int>(value), 5);
-    ++value;
-    value++;
-    --value;
-    EXPECT_EQ(static_cast<int>(value), 6);
-    EXPECT_EQ(static_cast<int>(-value), -6);
-    EXPECT_EQ(static_cast<int>(value + 1), 7);
     value.setUndef();
     // The arithmetic looks at the raw number only.
     EXPECT_EQ(static_cast<int>(value + 1), std::numeric_limits<int>::min() + 1);
