@@ -375,8 +375,9 @@ TEST(EncodingStreams, BadInputDecodesAlikeInBothFamilies) {
     }
 }
 
-TEST(EncodingDetection, IcuReadsOnlyTheHead) {
-    // A source that would give a gigabyte: detection must stop at the head.
+TEST(EncodingDetection, BothFamiliesReadOnlyTheHead) {
+    // A source of a gigabyte that tells its size at the end: detection must stop at the head,
+    // whether a reader would size its buffer by the end or read on to it.
     class Endless : public std::streambuf {
     public:
         size_t served = 0;
@@ -390,20 +391,32 @@ TEST(EncodingDetection, IcuReadsOnlyTheHead) {
             setg(m_block, m_block, m_block + sizeof m_block);
             return 'a';
         }
-        pos_type seekoff(off_type offset, std::ios::seekdir, std::ios::openmode) override {
-            return offset == 0 ? pos_type(0) : pos_type(off_type(-1));
+        pos_type seekoff(off_type offset, std::ios::seekdir dir, std::ios::openmode) override {
+            off_type base = dir == std::ios::end   ? off_type(1) << 30
+                            : dir == std::ios::cur ? m_at
+                                                   : 0;
+            return seekpos(pos_type(base + offset), std::ios::in);
         }
         pos_type seekpos(pos_type position, std::ios::openmode) override {
             setg(m_block, m_block, m_block);
+            m_at = off_type(position);
             return position;
         }
 
     private:
         char m_block[4096];
-    } endless;
-    std::istream in(&endless);
-    EXPECT_NE(nullptr, ZkICUIStream::detectEncoding(&in));
-    EXPECT_LE(endless.served, size_t(1) << 17);
+        off_type m_at = 0;
+    };
+    Endless icuSource;
+    std::istream icuIn(&icuSource);
+    EXPECT_NE(nullptr, ZkICUIStream::detectEncoding(&icuIn));
+    EXPECT_LE(icuSource.served, size_t(1) << 17);
+    Endless rqcSource;
+    std::istream rqcIn(&rqcSource);
+    UnicodeString encoding;
+    bool bom = false;
+    ZkRQCIStream::detectEncoding(&rqcIn, encoding, bom);
+    EXPECT_LE(rqcSource.served, size_t(1) << 17);
 }
 
 TEST(EncodingStreams, TablePathNeverChangesTheEnvironmentLater) {
