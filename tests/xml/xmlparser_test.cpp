@@ -5,7 +5,6 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <sstream>
-#include <unicode/utf16.h>
 #include <zkcommon/dom/document.h>
 #include <zkcommon/dom/element.h>
 #include <zkcommon/values/value.h>
@@ -391,33 +390,16 @@ private:
     size_t m_pos = 0;
 };
 
+/// `text` in `encoding` by ICU's converter, with a byte order mark for the UTF-16 and UTF-32 forms.
 std::string encode(const UnicodeString& text, const char* encoding) {
-    std::string out;
+    std::string out(size_t(text.length()) * 4 + 4, '\0');
+    out.resize(size_t(text.extract(0, text.length(), &out[0], uint32_t(out.size()), encoding)));
     if (!strcmp(encoding, "UTF-8"))
-        return text.toUTF8String(out);
-    bool little = strstr(encoding, "LE") != nullptr;
-    bool wide = strstr(encoding, "32") != nullptr;
-    out += wide ? (little ? bytes("\xFF\xFE\0\0") : bytes("\0\0\xFE\xFF"))
-                : (little ? "\xFF\xFE" : "\xFE\xFF");
-    for (int32_t i = 0; i < text.length();) {
-        UChar32 c = text.char32At(i);
-        i += U16_LENGTH(c);
-        std::vector<uint32_t> units;
-        if (wide)
-            units.push_back(uint32_t(c));
-        else if (c > 0xFFFF)
-            units = {U16_LEAD(c), U16_TRAIL(c)};
-        else
-            units.push_back(uint32_t(c));
-        for (uint32_t unit : units) {
-            int size = wide ? 4 : 2;
-            for (int k = 0; k < size; ++k) {
-                int shift = little ? 8 * k : 8 * (size - 1 - k);
-                out += char((unit >> shift) & 0xFF);
-            }
-        }
-    }
-    return out;
+        return out;
+    const char* mark = strstr(encoding, "32")
+                           ? (strstr(encoding, "LE") ? "\xFF\xFE\0\0" : "\0\0\xFE\xFF")
+                           : (strstr(encoding, "LE") ? "\xFF\xFE" : "\xFE\xFF");
+    return std::string(mark, strstr(encoding, "32") ? 4 : 2) + out;
 }
 
 } // namespace
