@@ -106,6 +106,25 @@ TEST(XmlDtd, ConditionalSectionsAndParameterEntities) {
     // A stray "]" ends an ignored section one "]" early: "c" is then declared by what follows
     // the first "]]>"; the internal subset wins over the external one.
     EXPECT_EQ(outcome.text, "included|declared|after|own");
+    // An external parameter entity of the internal subset brings its text, declaration aside,
+    // into the DOCTYPE text.
+    dir.file("decl.ent", "<?xml encoding='UTF-8'?><!ENTITY e 'E'>");
+    outcome = parse("<!DOCTYPE x [<!ENTITY % p SYSTEM 'decl.ent'>%p;]><x>&e;</x>", fileUri(doc));
+    EXPECT_EQ(outcome.text, "E") << outcome.message;
+    EXPECT_EQ(outcome.doctype, " x [<!ENTITY % p SYSTEM 'decl.ent'><!ENTITY e 'E'>]");
+}
+
+TEST(XmlDtd, DoctypeTextIsLimited) {
+    ZkPtr<ZkXmlParser> parser = ZkXmlParser::createXmlParser();
+    parser->setHugeTextLimit(100);
+    std::istringstream in("<!DOCTYPE x [<!-- " + std::string(200, 'c') + " -->]><x/>");
+    parser->setInput(in, UnicodeString(), UnicodeString());
+    try {
+        parser->next();
+        ADD_FAILURE() << "no error";
+    } catch (const ZkError& error) {
+        EXPECT_EQ(error.getErrorCode(), 190);
+    }
 }
 
 namespace {
