@@ -40,6 +40,27 @@ inline std::vector<std::vector<std::string>> readTable(const std::string& path) 
     return rows;
 }
 
+/// A table field with its escapes resolved: \t, \n, \r, \\ and \xHH (one byte, so that
+/// inputs can hold any byte sequence).
+inline std::string unescapeField(const std::string& field) {
+    std::string out;
+    for (size_t i = 0; i < field.size(); ++i) {
+        char c = field[i];
+        if (c != '\\' || i + 1 >= field.size()) {
+            out += c;
+            continue;
+        }
+        char next = field[++i];
+        if (next == 'x' && i + 2 < field.size()) {
+            out += char(std::stoi(field.substr(i + 1, 2), nullptr, 16));
+            i += 2;
+        } else {
+            out += next == 't' ? '\t' : next == 'n' ? '\n' : next == 'r' ? '\r' : next;
+        }
+    }
+    return out;
+}
+
 /// The folder of the W3C XML conformance cases, read in place.
 inline const std::string kConformanceSuite = ZK_SHARED_DIR "/conformance/xml/";
 

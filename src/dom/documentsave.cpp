@@ -5,6 +5,7 @@
 #include "zkcommon/dom/element.h"
 #include "zkcommon/dom/iterator.h"
 #include "zkcommon/dom/namednodemap.h"
+#include "zkcommon/values/color.h"
 #include "zkcommon/values/value.h"
 #include "zkcommon/xml/xmlparser.h"
 #include "zkcommon/xml/xmlserializer.h"
@@ -197,6 +198,9 @@ void ZkDocument::saveAttributes(ZkNode* node) {
     if (!attributes)
         return;
     ZkXmlSerializer* out = getSerializer();
+    // Colours are written in CSS form (a name where one exists, no print model) when the
+    // document element is SVG, whose attributes take CSS colours; elsewhere with their model.
+    int svg = -1; // not yet looked up
     for (ZkNode* attr = attributes->getFirstNode(); attr; attr = attributes->getNextNode(attr)) {
         const ZkValue value = attr->getNodeValue();
         const ZkName uri = attr->getNamespaceUri();
@@ -208,7 +212,11 @@ void ZkDocument::saveAttributes(ZkNode* node) {
         if (type == ValueNull || type == ValueRCObject)
             continue;
         if (color) {
-            out->attribute(uri, prefix, local, value.toString());
+            if (svg < 0) {
+                ZkElement* root = getDocumentElement();
+                svg = root && root->getNamespaceUri() == ZKN_NS_SVG;
+            }
+            out->attribute(uri, prefix, local, value.getColorValue().toString(svg != 0));
         } else if (value.isCompound()) {
             // One attribute per entry: "name.entry", or the name alone for the unnamed entry.
             ZkNamedValueMapIterator entries(value.getNamedValueMap());

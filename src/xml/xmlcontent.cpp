@@ -465,6 +465,12 @@ void XmlScanner::scanDoctype() {
     if (m_doctypeSeen)
         report(kErrorSecondDoctype, UnicodeString(), UnicodeString());
     m_doctypeSeen = true;
+    // The source text after "<!DOCTYPE" up to the closing ">" gathers in the text buffer.
+    struct Recording {
+        XmlScanner& scanner;
+        ~Recording() { scanner.stopRecording(); }
+    } recording{*this};
+    startRecording();
     if (!skipWhitespace())
         report(kErrorMissingWhitespaceAfter, UnicodeString(u"<!DOCTYPE"), UnicodeString());
     ZkName prefix;
@@ -472,10 +478,9 @@ void XmlScanner::scanDoctype() {
     bool colonOnly = false;
     if (!readQName(prefix, local, colonOnly) || colonOnly)
         report(kErrorDoctypeName, UnicodeString(), UnicodeString());
-    m_ownText = prefix.isEmpty() ? local.toString() : prefix.toString() + u":" + local.toString();
-    m_useOwnText = true;
-    m_doctypeName = ZkName(UnicodeString(m_ownText).toLower());
-    UnicodeString head = UnicodeString(u"<!DOCTYPE ") + m_ownText;
+    UnicodeString qname = qualifiedName(prefix, local);
+    m_doctypeName = ZkName(UnicodeString(qname).toLower());
+    UnicodeString head = UnicodeString(u"<!DOCTYPE ") + qname;
     UChar32 next = peekChar();
     if (skipWhitespace())
         readExternalId(head);
@@ -489,6 +494,9 @@ void XmlScanner::scanDoctype() {
     }
     skipWhitespace();
     UChar32 c = readChar();
+    stopRecording();
+    if (c == '>')
+        m_text.truncate(m_text.length() - 1);
     if (c == kEof)
         report(kErrorDeclarationEnd, UnicodeString(u"DOCTYPE"), UnicodeString());
     else if (c != '>')

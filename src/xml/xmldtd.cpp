@@ -31,11 +31,14 @@ constexpr unsigned short kErrorCommentSyntax = 169;
 constexpr unsigned short kErrorBang = 170;
 constexpr unsigned short kErrorXmlCase = 171;
 constexpr unsigned short kErrorPITarget = 172;
+constexpr unsigned short kErrorLiteralEnd = 175;
+constexpr unsigned short kErrorSpaceInCharRef = 177;
 constexpr unsigned short kErrorCharRef = 178;
 constexpr unsigned short kErrorInvalidUnicode = 179;
 constexpr unsigned short kErrorLoopedEntity = 184;
 constexpr unsigned short kErrorHugeText = 190;
 constexpr unsigned short kErrorUndefinedParameter = 514;
+constexpr unsigned short kErrorUndefinedEntity = 515;
 constexpr unsigned short kErrorEmptyInput = 68;
 constexpr unsigned short kErrorExternalEntity = 516;
 
@@ -330,6 +333,8 @@ void XmlScanner::skipDeclaration(bool external) {
 }
 
 void XmlScanner::parameterReference(bool external) {
+    // The reference itself leaves the DOCTYPE text: what stands for it there is read next.
+    int32_t referenceStart = m_text.length() - 1;
     ZkName name = readName();
     if (name.isEmpty()) {
         report(kErrorEmptyEntityName, UnicodeString(), UnicodeString());
@@ -342,6 +347,8 @@ void XmlScanner::parameterReference(bool external) {
                UnicodeString());
         return;
     }
+    if (m_recording && referenceStart >= m_mark)
+        m_text.truncate(referenceStart);
     auto internal = m_paramEntities.find(name.getEnum());
     if (internal != m_paramEntities.end()) {
         for (const auto& open : m_expanding) {
@@ -360,16 +367,22 @@ void XmlScanner::parameterReference(bool external) {
         static const char16_t kEndMark[2] = {u' ', kExpansionEnd};
         pushBackText(kEndMark, 2);
         pushBackText(internal->second);
-        pushBack(' ');
+        pushBackText(kEndMark, 1);
         m_expanding.emplace_back(name, 1);
         return;
     }
     auto outer = m_externalParamEntities.find(name.getEnum());
     if (outer == m_externalParamEntities.end()) {
         if (m_features[ZkXmlParser::FEATURE_IGNORE_UNDEFINED_ENTITY] || external)
-            return;
+            return; // it stands for nothing
         if (m_reportedParams.insert(name.getEnum()).second)
             report(kErrorUndefinedParameter, name.toString(), UnicodeString());
+        // The reference stays in the DOCTYPE text, its "%" written as a character reference so
+        // that it reads as text; the declarations go on without it.
+        if (m_recording) {
+            UnicodeString literal = UnicodeString(u"&#37;") + name.toString() + u";";
+            appendText(literal.getBuffer(), literal.length());
+        }
         return;
     }
     if (m_features[ZkXmlParser::FEATURE_NO_EXTERNAL_ENTITY]) {
@@ -383,17 +396,69 @@ void XmlScanner::parameterReference(bool external) {
         report(kErrorLoopedEntity, UnicodeString(u"%") + name.toString(), UnicodeString());
         return;
     }
+    // The entity's text declaration is no part of the DOCTYPE text; what follows it is.
+    bool recording = m_recording;
+    stopRecording();
     try {
         pushStream(outer->second, ZkName(), UnicodeString());
     } catch (const ZkError&) {
+        if (recording)
+            startRecording();
         if (!m_features[ZkXmlParser::FEATURE_IGNORE_UNDEFINED_ENTITY])
             throw;
+        return;
     }
+    if (recording)
+        startRecording();
+}
+
+void XmlScanner::startRecording() {
+    if (m_recording)
+        return;
+    m_recording = true;
+    m_recordedFastLimit = m_fastLimit;
+    m_fastLimit = 0; // every character through readRecorded
+}
+
+void XmlScanner::stopRecording() {
+    if (!m_recording)
+        return;
+    m_recording = false;
+    m_fastLimit = m_recordedFastLimit;
+}
+
+UChar32 XmlScanner::readRecorded() {
+    m_recording = false;
+    UChar32 c = readCharSlow();
+    m_recording = true;
+    if (c != kEof)
+        appendChar(c); // under the text limit: a DOCTYPE cannot grow without end
+    return c;
+}
+
+int XmlScanner::peekRecorded() const {
+    const InputState& in = m_in;
+    if (in.pos < in.end && in.pos >= in.rawLimit) {
+        char16_t c = in.chars[in.pos];
+        if (c >= 0x20 && c < m_recordedFastLimit)
+            return c;
+    }
+    return -1;
+}
+
+void XmlScanner::unrecord(UChar32 c) {
+    // A character read and then pushed back leaves the text again.
+    int32_t units = U16_LENGTH(c);
+    int32_t length = m_text.length();
+    if (length - units >= m_mark && m_text.char32At(length - units) == c)
+        m_text.truncate(length - units);
 }
 
 void XmlScanner::readEntityValue(bool external, UnicodeString& value) {
-    // Character references are expanded, entity references kept for their use, parameter
-    // references in an external subset replaced.
+    // A literal in entity mode: the raw text to the closing quote is read first, then scanned
+    // again. Character references are expanded; entity references are kept as they stand for
+    // the entity's use, and one to an entity not (yet) declared gets its ampersand written as
+    // "&amp;", so that it reads as data later. Line ends and tabs become spaces.
     value.remove();
     UChar32 quote = readChar();
     UnicodeString raw;
@@ -402,67 +467,81 @@ void XmlScanner::readEntityValue(bool external, UnicodeString& value) {
         if (c == quote)
             break;
         if (c == kEof) {
-            report(kErrorDeclarationEnd, UnicodeString(u"ENTITY"), UnicodeString());
+            report(kErrorLiteralEnd, UnicodeString(quote), UnicodeString());
             return;
         }
         raw.append(c);
     }
     int32_t length = raw.length();
+    auto at = [&](int32_t i) { return i < length ? raw.char32At(i) : kEof; };
     for (int32_t i = 0; i < length;) {
         UChar32 c = raw.char32At(i);
         i += U16_LENGTH(c);
         if (c != '&' && c != '%') {
-            value.append(c);
+            value.append(isSpace(c) ? UChar32(' ') : c);
             continue;
         }
-        int32_t start = i;
-        if (c == '&' && i < length && raw[i] == '#') {
-            bool hex = i + 1 < length && raw[i + 1] == 'x';
-            int32_t j = i + (hex ? 2 : 1);
+        if (c == '&' && at(i) == '#') {
+            ++i;
+            UnicodeString digits;
+            int base = 10;
+            if (at(i) == 'x' || (at(i) == 'X' && isHtml())) {
+                base = 16;
+                digits.append(raw[i++]);
+            }
             uint32_t code = 0;
-            int digits = 0;
-            for (; j < length; ++j) {
-                char16_t d = raw[j];
-                int digit = d >= '0' && d <= '9'          ? d - '0'
-                            : hex && d >= 'a' && d <= 'f' ? d - 'a' + 10
-                            : hex && d >= 'A' && d <= 'F' ? d - 'A' + 10
-                                                          : -1;
+            int count = 0;
+            for (; i < length; ++i, ++count) {
+                char16_t d = raw[i];
+                int digit = d >= '0' && d <= '9'                 ? d - '0'
+                            : base == 16 && d >= 'a' && d <= 'f' ? d - 'a' + 10
+                            : base == 16 && d >= 'A' && d <= 'F' ? d - 'A' + 10
+                                                                 : -1;
                 if (digit < 0)
                     break;
-                if (code <= 0x10FFFF)
-                    code = code * (hex ? 16 : 10) + uint32_t(digit);
-                ++digits;
+                code = code * uint32_t(base) + uint32_t(digit); // 32 bits, wrapping as it goes
+                digits.append(d);
             }
-            UnicodeString body(raw, i, j - i);
-            if (j >= length || raw[j] != ';' || digits == 0) {
-                report(kErrorCharRef, body, UnicodeString());
+            UChar32 end = at(i);
+            if (end != ';' || count == 0) {
+                report(isSpace(end) ? kErrorSpaceInCharRef : kErrorCharRef, digits,
+                       UnicodeString());
                 return;
             }
+            ++i;
             bool valid = code <= 0x10FFFF && (m_xml11 ? ZkChar::isValidChar11(UChar32(code))
                                                       : ZkChar::isValidChar(UChar32(code)));
             if (!valid && !m_features[ZkXmlParser::FEATURE_NO_CHAR_CHECK])
-                report(kErrorInvalidUnicode, UnicodeString(u"&") + body, UnicodeString());
+                report(kErrorInvalidUnicode, UnicodeString(u"&#") + digits, UnicodeString());
             value.append(code <= 0x10FFFF ? UChar32(code) : 0xFFFD);
-            i = j + 1;
             continue;
         }
-        int32_t j = i;
-        while (j < length && raw[j] != ';' && !isSpace(raw[j]) && raw[j] != '&' && raw[j] != '%')
-            ++j;
-        UnicodeString name(raw, start, j - start);
-        if (name.isEmpty() || !ZkChar::isNameStartChar(name.char32At(0))) {
+        int32_t start = i;
+        if (ZkChar::isNCNameStartChar(at(i))) {
+            for (i += U16_LENGTH(at(i)); ZkChar::isNCNameChar(at(i));)
+                i += U16_LENGTH(at(i));
+        }
+        UnicodeString name(raw, start, i - start);
+        if (name.isEmpty()) {
             report(kErrorEmptyEntityName, UnicodeString(), UnicodeString());
             return;
         }
-        if (j >= length || raw[j] != ';') {
-            report(kErrorEntityReference,
-                   UnicodeString(c) + name + (j < length ? UnicodeString(raw[j]) : UnicodeString()),
+        if (at(i) != ';') {
+            report(kErrorEntityReference, UnicodeString(c) + name + charText(at(i)),
                    UnicodeString());
             return;
         }
-        i = j + 1;
+        ++i;
         if (c == '&') {
-            value.append(u'&').append(name).append(u';');
+            ZkName entity(name);
+            if (m_entities.count(entity.getEnum()) || m_externalEntities.count(entity.getEnum())) {
+                value.append(u'&').append(name).append(u';');
+                continue;
+            }
+            if (!m_features[ZkXmlParser::FEATURE_IGNORE_UNDEFINED_ENTITY] &&
+                m_reportedEntities.insert(entity.getEnum()).second)
+                report(kErrorUndefinedEntity, name, UnicodeString());
+            value.append(u"&amp;").append(name).append(u';');
             continue;
         }
         if (!external) {
@@ -506,8 +585,27 @@ void XmlScanner::scanEntityDeclaration(bool external) {
         internalTable.count(name.getEnum()) == 0 && externalTable.count(name.getEnum()) == 0;
     UChar32 quote = peekChar();
     if (quote == '"' || quote == '\'') {
+        // The raw text to the closing quote goes into the DOCTYPE text as it stands; it is then
+        // pushed back and read again as an entity literal.
+        UnicodeString raw(quote);
+        readChar();
+        for (;;) {
+            UChar32 c = readChar();
+            if (c == kEof) {
+                report(kErrorDeclarationEnd, UnicodeString(u"ENTITY"), UnicodeString());
+                return;
+            }
+            raw.append(c);
+            if (c == quote)
+                break;
+        }
+        bool recording = m_recording;
+        stopRecording();
+        pushBackText(raw);
         UnicodeString value;
         readEntityValue(external, value);
+        if (recording)
+            startRecording();
         if (fresh)
             internalTable.emplace(name.getEnum(), value);
     } else {

@@ -580,6 +580,8 @@ UChar32 XmlScanner::validate(UChar32 c) {
 }
 
 UChar32 XmlScanner::readCharSlow() {
+    if (m_recording)
+        return readRecorded();
     for (;;) {
         InputState& in = m_in;
         if (in.pos >= in.end) {
@@ -635,6 +637,8 @@ UChar32 XmlScanner::readCharSlow() {
 void XmlScanner::pushBack(UChar32 c) {
     if (c == kEof)
         return; // the end is read again by itself
+    if (m_recording)
+        unrecord(c);
     char16_t units[2];
     int32_t length = 0;
     U16_APPEND_UNSAFE(units, length, c);

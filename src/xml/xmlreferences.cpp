@@ -78,6 +78,11 @@ void XmlScanner::readLiteral(LiteralMode mode, UnicodeString& out) {
         readAttributeValue(char16_t(quote), out);
         return;
     }
+    if (mode == LITERAL_ENTITY) {
+        pushBack(quote);
+        readEntityValue(/*external=*/false, out);
+        return;
+    }
     for (;;) {
         UChar32 c = readChar();
         if (c == quote)

@@ -317,6 +317,14 @@ public:
     /// A start tag of `math` in the MathML namespace opens the MathML entity scope.
     void enterMathScope();
     void leaveMathScope();
+    /// While a DOCTYPE is read, every character read goes into the text buffer as well, and a
+    /// character read and pushed back comes out again; the fast paths stand aside meanwhile.
+    void startRecording();
+    void stopRecording();
+    UChar32 readRecorded();
+    /// peekUnit for the reader's own limit, which recording sets aside.
+    int peekRecorded() const;
+    void unrecord(UChar32 c);
 
     ZkXmlParserImpl& m_owner;
 
@@ -391,6 +399,8 @@ public:
     int64_t m_subsetExpanded = 0; ///< units parameter entities brought into the subsets
     int m_mathScopeDepth = -1;    ///< depth of the `math` element that loaded the MathML set
     const void* m_mathSnapshot = nullptr;
+    bool m_recording = false;         ///< the DOCTYPE's source text gathers in m_text
+    char16_t m_recordedFastLimit = 0; ///< m_fastLimit to restore when recording stops
 
     // Errors.
     ZkXmlParser::ErrorCallback m_callback = nullptr;

@@ -112,7 +112,7 @@ ZkName NameCache::intern(const char16_t* text, int32_t length, uint32_t hash) {
 }
 
 UChar32 XmlScanner::peekChar() {
-    int unit = peekUnit();
+    int unit = m_recording ? peekRecorded() : peekUnit();
     if (unit >= 0)
         return unit;
     UChar32 c = readChar();
@@ -162,6 +162,8 @@ bool XmlScanner::skipWhitespace() {
         int32_t p = in.pos;
         while (p < in.end && b[p] == ' ')
             ++p;
+        if (m_recording)
+            appendText(b + in.pos, p - in.pos);
         if (p < in.end && b[p] > ' ') {
             skipped = p > in.pos;
             in.column += p - in.pos;
@@ -180,7 +182,7 @@ bool XmlScanner::skipWhitespace() {
             skipped = true;
             continue;
         }
-        if (unit >= 0)
+        if (unit >= 0 || (m_recording && (unit = peekRecorded()) >= 0 && !isSpace(unit)))
             return skipped;
         UChar32 c = readChar();
         if (!isSpace(c)) {
@@ -203,6 +205,8 @@ ZkName XmlScanner::readName() {
             while (q < e && b[q] < 0x80 && (kAsciiClass[b[q]] & kNameChar))
                 ++q;
             if (q < e && b[q] < 0x80) {
+                if (m_recording)
+                    appendText(b + p, q - p);
                 in.pos = q;
                 in.column += q - p;
                 // The cache compares the whole text; its slot needs only a cheap hash of the

@@ -8,6 +8,7 @@
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/attr.h>
 #include <zkcommon/dom/processinginstruction.h>
+#include <zkcommon/values/color.h>
 #include <zkcommon/values/length.h>
 #include <zkcommon/values/value.h>
 #include <zkcommon/xml/xmlserializer.h>
@@ -100,7 +101,37 @@ TEST(DocumentSave, AttributeValuesByType) {
     EXPECT_NE(saved.find(" string=\"x &quot;y&quot; &lt;z&gt;\""), std::string::npos) << saved;
     EXPECT_NE(saved.find(" literal=\"&quot;it's&quot;\""), std::string::npos) << saved;
     EXPECT_NE(saved.find(" space=\"1.5pt\" space.minimum=\"1pt\""), std::string::npos) << saved;
-    EXPECT_NE(saved.find(" color=\"#"), std::string::npos) << saved;
+    EXPECT_NE(saved.find(" color=\"#FF0000\""), std::string::npos) << saved;
+}
+
+TEST(DocumentSave, ColoursTakeCssFormUnderAnSvgRoot) {
+    struct Row {
+        ZkColor color;
+        const char* plain; ///< under any other document element
+        const char* svg;   ///< under an SVG document element
+    };
+    // clang-format off
+    const Row rows[] = {
+        {ZkColor(0xFF0000u), "#FF0000", "red"},
+        {ZkColor(0x123456u), "#123456", "#123456"},
+        {ZkColor(0.5f), "rgb-icc(#GRAYSCALE,0.5)", "#808080"},
+        {ZkColor(UnicodeString(u"Gold"), 0.5f), "rgb-icc(#SEPARATION,&quot;Gold&quot;,0.5)", "#808080"},
+        {ZkColor::getTransparent(), "transparent", "transparent"},
+    };
+    // clang-format on
+    for (bool svg : {false, true}) {
+        ZkPtr<ZkDocument> doc(new ZkDocument());
+        ZkPtr<ZkElement> root =
+            doc->createElementNS(ZkName(svg ? ZKN_NS_SVG : ZKN_EMPTY), ZkName(u"r"));
+        doc->appendChild(root);
+        ZkElement* child = addElement(doc, root, u"c");
+        for (const Row& row : rows) {
+            child->setAttribute(ZkName(u"fill"), ZkValue(row.color));
+            const std::string expected = svg ? row.svg : row.plain;
+            const std::string saved = utf8(doc->saveXml(child));
+            EXPECT_EQ(saved.substr(0, saved.find("\"", 9) + 1), "<c fill=\"" + expected + "\"");
+        }
+    }
 }
 
 TEST(DocumentSave, ElementsStandingForText) {
