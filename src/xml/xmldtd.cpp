@@ -457,8 +457,9 @@ void XmlScanner::unrecord(UChar32 c) {
 void XmlScanner::readEntityValue(bool external, UnicodeString& value) {
     // A literal in entity mode: the raw text to the closing quote is read first, then scanned
     // again. Character references are expanded; entity references are kept as they stand for
-    // the entity's use, and one to an entity not (yet) declared gets its ampersand written as
-    // "&amp;", so that it reads as data later. Line ends and tabs become spaces.
+    // the entity's use. A reference to an entity not declared yet is kept too: XML lets a value
+    // name an entity declared further on, so it is resolved, or reported undefined, where the
+    // entity is used. Line ends and tabs become spaces.
     value.remove();
     UChar32 quote = readChar();
     UnicodeString raw;
@@ -533,15 +534,7 @@ void XmlScanner::readEntityValue(bool external, UnicodeString& value) {
         }
         ++i;
         if (c == '&') {
-            ZkName entity(name);
-            if (m_entities.count(entity.getEnum()) || m_externalEntities.count(entity.getEnum())) {
-                value.append(u'&').append(name).append(u';');
-                continue;
-            }
-            if (!m_features[ZkXmlParser::FEATURE_IGNORE_UNDEFINED_ENTITY] &&
-                m_reportedEntities.insert(entity.getEnum()).second)
-                report(kErrorUndefinedEntity, name, UnicodeString());
-            value.append(u"&amp;").append(name).append(u';');
+            value.append(u'&').append(name).append(u';');
             continue;
         }
         if (!external) {
