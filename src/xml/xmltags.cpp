@@ -679,8 +679,10 @@ void XmlScanner::scanEndTag() {
     }
     if (m_open.empty() || int(m_open.size()) <= m_in.baseDepth || m_open.back().prefix != prefix ||
         m_open.back().local != local) {
-        if (html && !m_open.empty() && int(m_open.size()) > m_in.baseDepth &&
-            m_open.back().ns == ZKN_NS_XHTML && !local.isEmpty() && recoverEndTag(prefix, local))
+        // HTML recovers in any namespace: an SVG or MathML element left open inside HTML is
+        // closed by the end tag of an element around it.
+        if (html && !m_open.empty() && int(m_open.size()) > m_in.baseDepth && !local.isEmpty() &&
+            recoverEndTag(prefix, local))
             return;
         UnicodeString open = m_open.empty() ? UnicodeString() : openQName();
         report(kErrorEndTagMismatch, qualifiedName(prefix, local), open);

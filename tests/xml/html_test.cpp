@@ -190,6 +190,7 @@ TEST(Html, VoidAndStrayEndTags) {
         {"<table><tr><td>a</table>", "<table><tr><td>a</td></tr></table>"},
         {"<ul><li>a</ul><p>", "<ul><li>a</li></ul> #521"},
         {"<a><b><c>", "<a><b><c></c></b></a>"},
+        {"<body><svg><g><path d=x></svg>y</body>", "<body><{svg}svg><{svg}g><{svg}path> #513</path> #513</g></svg>y</body>"},
     };
     // clang-format on
     check(rows, sizeof rows / sizeof *rows);
