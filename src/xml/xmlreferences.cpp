@@ -137,7 +137,7 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
 }
 
 void XmlScanner::readReference(UnicodeString* out) {
-    if (!out && int(m_open.size()) == m_in.baseDepth && !isHtml()) {
+    if (!out && int(m_open.size()) == m_in.baseDepth && (!isHtml() || m_rootSeen)) {
         // A reference is content: outside the root element it is text at the top level.
         report(kErrorTopLevelText, UnicodeString(u"&"), UnicodeString());
     }

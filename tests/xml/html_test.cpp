@@ -170,6 +170,8 @@ TEST(Html, ImpliedTags) {
         {"<!DOCTYPE html><html>\n<p>a</p>b</html>", "<html>\n<body><p>a</p>b</body></html>"},
         {"text <b>x</b><b>y</b>", "<html>text <body><b>x</b><b>y</b></body></html>"},
         {"<![CDATA[top]]><p>x</p>", "<html>top<body><p>x</p></body></html>"},
+        {"&amp;&x<p>y</p>", "<html>&&x<body><p>y</p></body></html>"},
+        {"<p>x</p>&amp;", "<p>x</p> #142"},
         {"<p>a</p><p>b</p>", "<p>a</p> #521"},
     };
     // clang-format on
