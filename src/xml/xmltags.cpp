@@ -548,6 +548,10 @@ void XmlScanner::finishStartTag() {
             declareNamespace(element.prefix, ZKN_NS_XHTML);
     }
     element.ns = resolvePrefix(element.prefix);
+    // HTML: an undeclared prefix names its own namespace, as it does on attributes, so that
+    // the element saves as namespace-well-formed XML.
+    if (html && !element.prefix.isEmpty() && element.ns.isEmpty())
+        element.ns = element.prefix;
     if (!element.prefix.isEmpty() && element.ns.isEmpty() && !html &&
         !m_features[ZkXmlParser::FEATURE_LAX_ELEMENT_PREFIX])
         report(kErrorUndeclaredPrefix, element.prefix.toString(), UnicodeString());
