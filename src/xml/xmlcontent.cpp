@@ -104,13 +104,30 @@ void XmlScanner::scanText() {
         return;
     }
     bool topLevel = m_open.empty();
+    bool raw = inRawText();
     for (;;) {
         if (!topLevel)
-            scanRun(m_text, kStopText, 0, /*value=*/false);
+            scanRun(m_text, raw ? kStopRawText : kStopText, 0, /*value=*/false);
+        int unit = peekUnit();
+        if ((unit == '<' || (unit == '&' && !raw)) && m_text.length() > start)
+            break; // markup follows, left in place
         UChar32 c = readChar();
-        if (c == '&' || c == '<' || c == kEof) {
+        if (c == '<' && m_text.length() == start && (raw || isHtml())) {
+            // The classifier sent "<" here: HTML's "<" before no name, or in raw text.
+            if (raw && rawCData())
+                continue;
+            if (!appendChar(c))
+                return;
+            continue;
+        }
+        if ((c == '&' && !raw) || c == '<' || c == kEof) {
             pushBack(c);
             break;
+        }
+        if (raw) {
+            if (!appendChar(c))
+                return;
+            continue;
         }
         if (c == ']') {
             // "]]>" may not stand in text; "]]" alone and a lone "]" are data.
@@ -135,9 +152,35 @@ void XmlScanner::scanText() {
             ++i;
         if (i == limit)
             m_event = ZkXmlParser::IGNORABLE_WHITESPACE;
+        else if (isHtml() && !m_rootSeen)
+            impliedByText(start); // kept as text, or pushed back for an implied html
         else
             report(kErrorTopLevelText, describe(m_text.char32At(i)), UnicodeString());
+    } else if (m_open.size() == 1 && isHtml()) {
+        impliedByText(start);
     }
+}
+
+bool XmlScanner::rawCData() {
+    // "<" is read in raw text: a CDATA section is one only in MathML and SVG, after an XML
+    // declaration, or in XHTML.
+    ZkName ns = m_open.back().ns;
+    if (!(m_hasXmlDecl || ns == ZKN_NS_MATHML || ns == ZKN_NS_SVG || isXhtml()))
+        return false;
+    static const char16_t kOpen[] = u"![CDATA[";
+    UnicodeString seen;
+    for (int i = 0; kOpen[i]; ++i) {
+        UChar32 c = readChar();
+        if (c != kEof)
+            seen.append(c);
+        if (c != kOpen[i]) {
+            pushBackText(seen);
+            return false;
+        }
+    }
+    scanCData();
+    m_event = ZkXmlParser::TEXT;
+    return true;
 }
 
 void XmlScanner::scanCData() {
@@ -288,6 +331,7 @@ void XmlScanner::scanXmlDeclaration() {
         report(kErrorUnexpectedCharacter, UnicodeString(c), UnicodeString());
     readChar();
     m_hasXmlDecl = true;
+    hintsChanged();
 }
 
 void XmlScanner::applyDeclaredEncoding(const UnicodeString& value) {
@@ -362,7 +406,16 @@ void XmlScanner::scanBang() {
     if (c == '[') {
         ZkName name = readName();
         if (name == ZKN_CDATA) {
-            if (int(m_open.size()) == m_in.baseDepth && !isHtml())
+            bool top = int(m_open.size()) == m_in.baseDepth;
+            if (top && isHtml() && !m_rootSeen && m_open.empty()) {
+                // HTML: a section before the root is content of an implied html.
+                pushBackText(UnicodeString(u"<![CDATA"));
+                m_firstElement = ZKN_html;
+                hintsChanged();
+                openImplied(ZKN_html);
+                return;
+            }
+            if (top && (!isHtml() || m_rootSeen))
                 report(kErrorUnexpectedMarkedSection, name.toString(), UnicodeString());
             if (readChar() != '[')
                 report(kErrorCDataSyntax, UnicodeString(), UnicodeString());
@@ -398,7 +451,27 @@ void XmlScanner::scanBang() {
         scanDoctype();
         return;
     }
-    // A hook for HTML's "<!doctype html" in other cases goes here.
+    if (!name.isEmpty() && !m_hasXmlDecl && m_parserType != ZKN_xml &&
+        name.toString().caseCompare(u"DOCTYPE", 0) == 0) {
+        // "<!doctype html" in any case: white space and the name html must follow.
+        UnicodeString seen;
+        UChar32 space = readChar();
+        if (isSpace(space)) {
+            seen.append(space);
+            while (isSpace(c = readChar()))
+                seen.append(c);
+            pushBack(c);
+            ZkName root = readName();
+            seen.append(root.toString());
+            pushBackText(seen);
+            if (!root.isEmpty() && root.toString().caseCompare(u"html", 0) == 0) {
+                scanDoctype();
+                return;
+            }
+        } else {
+            pushBack(space);
+        }
+    }
     report(kErrorBang, name.toString(), UnicodeString());
     m_event = ZkXmlParser::COMMENT;
     m_ownText.remove();
@@ -501,6 +574,7 @@ void XmlScanner::scanDoctype() {
         report(kErrorDeclarationEnd, UnicodeString(u"DOCTYPE"), UnicodeString());
     else if (c != '>')
         report(kErrorUnexpectedCharacter, UnicodeString(c), UnicodeString());
+    hintsChanged();
     applyDoctypeIdentifiers();
 }
 

@@ -50,16 +50,6 @@ XmlScanner::~XmlScanner() {
     delete static_cast<const EntityMapSnapshot*>(m_mathSnapshot);
 }
 
-bool XmlScanner::isHtml() const {
-    // HTML syntax comes with the HTML reader; until then every input is read as XML (or
-    // XHTML), and the branches that ask here keep their place for it.
-    return false;
-}
-
-bool XmlScanner::isXhtml() const {
-    return m_in.effectiveType == ZKN_xhtml;
-}
-
 void XmlScanner::report(unsigned short code, const UnicodeString& arg1, const UnicodeString& arg2) {
     int peek = m_peek;
     m_peek = PEEK_COMPOSING; // nothing may classify while the message is built
@@ -141,8 +131,8 @@ const UnicodeString& XmlScanner::text() const {
         return m_ownText;
     if (!m_cachedValid) {
         if (m_event == ZkXmlParser::ENTITY_REF && !m_entityName.isEmpty()) {
-            auto found = m_entities.find(m_entityName.getEnum());
-            m_cachedText = found != m_entities.end() ? found->second : UnicodeString();
+            const UnicodeString* found = findEntity(m_entityName);
+            m_cachedText = found ? *found : UnicodeString();
         } else {
             // One copy into the cache, whose buffer the caller's strings share; the scanner's
             // own buffer stays unshared, so it is reused without a new allocation per event.
@@ -157,6 +147,10 @@ void XmlScanner::startDocument() {
     m_in.line = 1;
     m_in.column = 0;
     sniff(/*force=*/false);
+    prescanMeta();
+    // The syntax is judged once before the first event: a text/html input answers its first
+    // question no, and the scanner asks that one.
+    isHtml();
     int kind = classify();
     if (kind == PEEK_PI) {
         m_peek = PEEK_NONE;
@@ -168,6 +162,12 @@ void XmlScanner::startDocument() {
 
 void XmlScanner::endDocument() {
     if (m_event != ZkXmlParser::END_DOCUMENT) {
+        if (!m_open.empty() && isHtml()) {
+            // HTML closes what is open, one element per event, with no message.
+            m_event = ZkXmlParser::END_TAG;
+            m_peek = PEEK_NONE;
+            return;
+        }
         if (int(m_open.size()) > 0) {
             m_event = ZkXmlParser::END_DOCUMENT;
             report(kErrorMissingEndTag, UnicodeString(), UnicodeString());
@@ -175,6 +175,7 @@ void XmlScanner::endDocument() {
     }
     m_event = ZkXmlParser::END_DOCUMENT;
     m_peek = PEEK_EOF;
+    m_held = PEEK_NONE;
     if (m_autoClose)
         closeStream();
 }
@@ -192,6 +193,14 @@ void XmlScanner::dispatch(int kind) {
         scanText();
         break;
     case PEEK_REFERENCE:
+        if (m_open.empty() && !m_rootSeen && isHtml()) {
+            // HTML: a reference before the root is text of an implied html.
+            pushBack('&');
+            m_firstElement = ZKN_html;
+            hintsChanged();
+            openImplied(ZKN_html);
+            break;
+        }
         readReference(nullptr);
         break;
     case PEEK_PI:
@@ -252,10 +261,9 @@ int XmlScanner::next() {
             case ZkXmlParser::ENTITY_REF: {
                 if (m_entityName.isEmpty())
                     break; // a character reference: its character is in the text
-                auto found = m_entities.find(m_entityName.getEnum());
-                auto outer = found == m_entities.end()
-                                 ? m_externalEntities.find(m_entityName.getEnum())
-                                 : m_externalEntities.end();
+                const UnicodeString* found = findEntity(m_entityName);
+                auto outer = !found ? m_externalEntities.find(m_entityName.getEnum())
+                                    : m_externalEntities.end();
                 if (outer != m_externalEntities.end()) {
                     // An external parsed entity is read in place as content.
                     if (m_features[ZkXmlParser::FEATURE_NO_EXTERNAL_ENTITY])
@@ -266,7 +274,7 @@ int XmlScanner::next() {
                         pushStream(outer->second, ZkName(), UnicodeString());
                     break;
                 }
-                if (found == m_entities.end()) {
+                if (!found) {
                     if (!m_features[ZkXmlParser::FEATURE_IGNORE_UNDEFINED_ENTITY])
                         report(kErrorUndefinedEntity, m_entityName.toString(), UnicodeString());
                     break;
@@ -281,7 +289,7 @@ int XmlScanner::next() {
                 }
                 static const char16_t kEndMark = kExpansionEnd;
                 pushBackText(&kEndMark, 1);
-                pushBackText(found->second);
+                pushBackText(*found);
                 m_expanding.emplace_back(m_entityName, 0);
                 break;
             }

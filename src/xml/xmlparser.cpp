@@ -194,6 +194,7 @@ ZkXmlParserImpl::ZkXmlParserImpl(const ZkUri::ContentInfo* info)
     if (info) {
         m_scanner->m_contentType = ZkChar::toAsciiLower(info->contentType);
         m_scanner->m_language = info->language;
+        m_scanner->hintsChanged();
     }
 }
 
@@ -217,6 +218,8 @@ void ZkXmlParserImpl::setStreamType(const ZkUri::ContentInfo* info,
         m_scanner->m_language = info->language;
     }
     m_scanner->m_extension = ZkChar::toAsciiLower(extension);
+    m_scanner->m_extensionFromUri = false;
+    m_scanner->hintsChanged();
 }
 
 void ZkXmlParserImpl::setCallbackError(ErrorCallback callback, void* userData) {
@@ -236,6 +239,13 @@ void ZkXmlParserImpl::setInput(std::istream& in, const UnicodeString& encoding,
 
 void ZkXmlParserImpl::setInputUri(const ZkUri& uri) {
     m_scanner->m_in.inputUri = uri.toString();
+    // A stream named by a file with an extension gives the extension as a hint, unless one
+    // was given.
+    if (m_scanner->m_extension.isEmpty() || m_scanner->m_extensionFromUri) {
+        m_scanner->m_extension = ZkChar::toAsciiLower(uri.getExtension());
+        m_scanner->m_extensionFromUri = true;
+        m_scanner->hintsChanged();
+    }
 }
 
 UnicodeString ZkXmlParserImpl::getInputUri() const {
@@ -511,7 +521,8 @@ bool ZkXmlParserImpl::isXHTMLSyntax() const {
 void ZkXmlParserImpl::setParserType(ZkName type, ZkName defaultType) {
     m_scanner->m_parserType = type;
     m_scanner->m_defaultType = defaultType;
-    m_scanner->m_in.effectiveType = ZkName();
+    m_scanner->m_settledType = ZKN_EMPTY;
+    m_scanner->hintsChanged();
 }
 
 void ZkXmlParserImpl::setHtmlDefaultCharset(const UnicodeString& charset) {

@@ -101,7 +101,7 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
     digits.remove();
     UChar32 c = readChar();
     int base = 10;
-    if (c == 'x') {
+    if (c == 'x' || (c == 'X' && isHtml())) {
         base = 16;
         digits.append(c);
         c = readChar();
@@ -119,7 +119,12 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
         digits.append(c);
         ++count;
     }
-    if (c != ';' || count == 0) {
+    if ((c != ';' || count == 0) && isHtml()) {
+        // HTML: the digits read stand without ";"; with none the text is kept as it stood.
+        pushBack(c);
+        if (count == 0)
+            return kEof;
+    } else if (c != ';' || count == 0) {
         pushBack(c);
         report(isSpace(c) ? kErrorSpaceInCharRef : kErrorCharRef, digits, UnicodeString());
         return kEof;
@@ -129,6 +134,7 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
     bool valid =
         value <= 0x10FFFF && (m_xml11 ? ZkChar::isValidChar11(UChar32(value)) || restricted11
                                       : ZkChar::isValidChar(UChar32(value)));
+    valid = valid || (value == 0x0C && m_setLoaded[kEntitySetHtml]);
     if (!valid && !m_features[ZkXmlParser::FEATURE_NO_CHAR_CHECK])
         report(kErrorInvalidUnicode, UnicodeString(u"&#") + digits, UnicodeString());
     ok = true;
@@ -136,18 +142,23 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
 }
 
 void XmlScanner::readReference(UnicodeString* out) {
-    if (!out && int(m_open.size()) == m_in.baseDepth && !isHtml()) {
+    if (!out && int(m_open.size()) == m_in.baseDepth && (!isHtml() || m_rootSeen)) {
         // A reference is content: outside the root element it is text at the top level.
         report(kErrorTopLevelText, UnicodeString(u"&"), UnicodeString());
     }
     // A reference begun in an entity's text ends there: one that runs past the end of the
     // expansion is broken.
     size_t expansions = m_expanding.size();
-    UChar32 c = readChar();
+    UChar32 c = peekChar(); // a name is read in place when it can be
     if (c == '#') {
+        readChar();
         UnicodeString digits;
         bool ok = false;
         UChar32 value = readCharReference(digits, ok);
+        if (!ok && isHtml()) {
+            htmlLiteral(out, UnicodeString(u"&#") + digits);
+            return;
+        }
         if (!ok)
             return;
         if (m_expanding.size() < expansions) {
@@ -163,13 +174,18 @@ void XmlScanner::readReference(UnicodeString* out) {
         }
         return;
     }
-    pushBack(c);
     ZkName name = readName();
+    if (name.isEmpty() && isHtml()) {
+        htmlLiteral(out, UnicodeString(u"&"));
+        return;
+    }
     if (name.isEmpty()) {
         report(kErrorEmptyEntityName, UnicodeString(), UnicodeString());
         return;
     }
     c = readChar();
+    if (isHtml() && !htmlReference(out, name, c))
+        return;
     if (c != ';' || m_expanding.size() < expansions) {
         pushBack(c);
         report(kErrorEntityReference, UnicodeString(u"&") + name.toString() + charText(c),
@@ -181,12 +197,12 @@ void XmlScanner::readReference(UnicodeString* out) {
         m_entityName = name;
         return;
     }
-    auto found = m_entities.find(name.getEnum());
-    if (found == m_entities.end()) {
+    const UnicodeString* found = findEntity(name);
+    if (!found) {
         reportUndefined(name);
         return;
     }
-    expandInto(name, found->second, *out);
+    expandInto(name, *found, *out);
 }
 
 void XmlScanner::reportUndefined(ZkName name) {
@@ -251,12 +267,12 @@ void XmlScanner::expandInto(ZkName name, const UnicodeString& replacement, Unico
                     return;
                 }
             }
-            auto found = m_entities.find(inner.getEnum());
-            if (found == m_entities.end()) {
+            const UnicodeString* found = findEntity(inner);
+            if (!found) {
                 reportUndefined(inner);
                 continue;
             }
-            stack.push_back(Level{inner, &found->second, 0});
+            stack.push_back(Level{inner, found, 0});
             continue;
         }
         if (c == '<') {
