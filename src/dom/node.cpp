@@ -87,27 +87,37 @@ void ZkNode::tearDownChildren() {
     if (!m_lastChild)
         return;
     // Children's destructors must not call each other down the tree: a million-deep chain would
-    // exhaust the stack. The loop goes down through every child that dies with this node, and
-    // empties each node once all its children are empty, so that each release is shallow. A
+    // exhaust the stack. The loop goes down through every child that dies with this node and
+    // releases each node once its own children are gone, so that each release is shallow. A
     // child held elsewhere is only let go: it survives with its subtree. The walk follows the
     // raw links, so it never loads and makes no virtual call.
+    // Nodes go last first, each subtree before its root: the reverse of the order in which a
+    // load made them, so that the pool of small blocks hands the same blocks out again in the
+    // same order, and the next tree is laid out in memory as this one was.
     m_flags &= ~kLoading;
-    ZkNode* node = getFirstChildFast();
+    ZkNode* node = m_lastChild;
     for (;;) {
         // A cleared loading bit keeps later readers of a surviving subtree from the loader.
         node->m_flags &= ~kLoading;
         if (node->m_lastChild && node->getRefCount() <= 1) {
-            node = node->m_lastChild->m_next; // down to the first child
+            node = node->m_lastChild;
             continue;
         }
-        // Across to the next sibling, or up, emptying each parent whose children are done.
-        for (;;) {
-            ZkNode* parent = node->m_parent;
-            if (parent->m_lastChild != node) {
-                node = node->m_next;
-                break;
-            }
-            parent->removeAllChildNodes();
+        // The node is its parent's last child: off the ring, and on to its previous sibling, or
+        // up to the parent, whose children are all gone by then.
+        ZkNode* parent = node->m_parent;
+        ZkNode* previous = node->m_previous;
+        parent->m_lastChild = previous;
+        if (previous)
+            previous->m_next = node->m_next;
+        node->m_parent = nullptr;
+        node->m_next = nullptr;
+        node->m_previous = nullptr;
+        detail::prefetch(previous);
+        node->release();
+        if (previous) {
+            node = previous;
+        } else {
             if (parent == this)
                 return;
             node = parent;
