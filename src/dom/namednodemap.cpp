@@ -35,6 +35,15 @@ bool AttrNodeMap::Index::insert(uint64_t key, ZkAttr* attr) {
         return m_hashed->table.emplace(key, attr).second;
     if (find(key))
         return false;
+    insertNew(key, attr);
+    return true;
+}
+
+void AttrNodeMap::Index::insertNew(uint64_t key, ZkAttr* attr) {
+    if (m_hashed) {
+        m_hashed->table.emplace(key, attr);
+        return;
+    }
     if (m_size == m_capacity) {
         if (m_capacity >= kFlatLimit) {
             // Built aside first: a failure leaves the array as it was.
@@ -47,12 +56,11 @@ bool AttrNodeMap::Index::insert(uint64_t key, ZkAttr* attr) {
             m_entries = nullptr;
             m_size = m_capacity = 0;
             m_hashed = hashed.release();
-            return true;
+            return;
         }
         reserve(m_capacity == 0 ? 4 : m_capacity * 2);
     }
     m_entries[m_size++] = Entry{key, attr};
-    return true;
 }
 
 bool AttrNodeMap::Index::erase(uint64_t key, const ZkAttr* attr) {
@@ -222,6 +230,17 @@ void AttrNodeMap::getNamedItemLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* ou
 // --- changes ------------------------------------------------------------------------------------
 
 bool AttrNodeMap::addNode(ZkAttr* attr) {
+    return link(attr, /*addRef=*/true);
+}
+
+bool AttrNodeMap::addNode(ZkPtr<ZkAttr>&& attr) {
+    if (!link(attr.get(), /*addRef=*/false))
+        return false;
+    attr.detach(); // the reference now belongs to the map
+    return true;
+}
+
+bool AttrNodeMap::link(ZkAttr* attr, bool addRef) {
     if (!attr || attr->m_ownerElement || attr->m_parent || attr->m_next || !m_owner)
         return false;
     const uint64_t key = namespaceKey(attr->getNamespaceUri(), attr->getLocalName());
@@ -231,16 +250,20 @@ bool AttrNodeMap::addNode(ZkAttr* attr) {
     if (!nsFree && m_byName.find(qname) != nullptr)
         return false;
     // A failure of either insertion leaves the map as it was.
+    const bool nameFree = nsFree ? m_byName.find(qname) == nullptr : true;
     if (nsFree)
-        m_byNamespace.insert(key, attr);
-    try {
-        m_byName.insert(qname, attr);
-    } catch (...) {
-        if (nsFree)
-            m_byNamespace.erase(key, attr);
-        throw;
+        m_byNamespace.insertNew(key, attr);
+    if (nameFree) {
+        try {
+            m_byName.insertNew(qname, attr);
+        } catch (...) {
+            if (nsFree)
+                m_byNamespace.erase(key, attr);
+            throw;
+        }
     }
-    attr->addRef();
+    if (addRef)
+        attr->addRef();
     attr->m_ownerElement = m_owner;
     if (!m_anchor) {
         attr->m_next = attr;

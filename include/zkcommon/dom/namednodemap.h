@@ -68,6 +68,9 @@ public:
     /// owner element or sits in a tree, a map without owner, or an attribute whose qualified
     /// name and (namespace URI, local name) are both taken: it could never be found again.
     bool addNode(ZkAttr* attr);
+    /// The same, taking over the reference `attr` holds, which is null afterwards; on false it
+    /// stays with `attr`.
+    bool addNode(ZkPtr<ZkAttr>&& attr);
     /// Re-enters `attr` under its qualified name after `prefix` replaced its prefix; its place
     /// on the ring stays. Ignored for null or an attribute of another map.
     void changePrefix(ZkAttr* attr, ZkName prefix);
@@ -101,6 +104,8 @@ private:
         ZkAttr* find(uint64_t key) const;
         /// False, and nothing changes, when the key is taken. Throws std::bad_alloc.
         bool insert(uint64_t key, ZkAttr* attr);
+        /// The same for a key known to be free.
+        void insertNew(uint64_t key, ZkAttr* attr);
         /// Removes the entry of `key` if it is `attr`'s.
         bool erase(uint64_t key, const ZkAttr* attr);
         /// Removes `attr`'s entry, whatever its key.
@@ -129,6 +134,7 @@ private:
     }
 
     ZkPtr<ZkAttr> unlink(ZkAttr* attr, uint64_t nsKey);
+    bool link(ZkAttr* attr, bool addRef);
 
     ZkNode* m_anchor;
     ZkElement* m_owner;
