@@ -21,6 +21,9 @@ constexpr int kSiteRemoveChild = 3;
 constexpr int kSiteReplaceChild = 4;
 constexpr int kSiteSetNodeValue = 5;
 
+// Counts a document takes on its link at a time, for the nodes it makes.
+constexpr int kLinkBatch = 1024;
+
 const UnicodeString& newChildArg() {
     static const UnicodeString s_text(u"newChild");
     return s_text;
@@ -68,7 +71,13 @@ ZkNode::ZkNode(ZkDocument* ownerDocument)
         // A document makes the link that its nodes share.
         m_document = new detail::DocumentLink{ownerDocument, {1}};
     } else if ((m_document = ownerDocument->m_document) != nullptr) {
-        m_document->count.fetch_add(1, std::memory_order_relaxed);
+        // The document takes counts on the link in batches and hands them out one by one: a
+        // tree belongs to one thread at a time, so its nodes are made by one thread at a time.
+        if (ownerDocument->m_linkReserve == 0) {
+            m_document->count.fetch_add(kLinkBatch, std::memory_order_relaxed);
+            ownerDocument->m_linkReserve = kLinkBatch;
+        }
+        --ownerDocument->m_linkReserve;
     }
 }
 
