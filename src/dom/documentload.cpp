@@ -24,7 +24,7 @@ constexpr unsigned short kErrorXIncludeParse = 187;
 // The parser's strings are built to grow, with room to spare; a node keeps its text for as long
 // as the tree stands, so a long one moves into a buffer of its own length. The copy also leaves
 // the parser's buffer unshared, to be reused for the next text.
-const UnicodeString& fitted(UnicodeString& text) {
+void fitToLength(UnicodeString& text) {
     constexpr int32_t kSlack = 32; // units; below this a copy costs more than it saves
     const int32_t length = text.length();
     if (text.getCapacity() - length > kSlack && text.getCapacity() - length > length / 8) {
@@ -32,11 +32,16 @@ const UnicodeString& fitted(UnicodeString& text) {
         exact.append(text);
         text = std::move(exact);
     }
-    return text;
 }
 } // namespace
 
 ZkLoadEventSource::~ZkLoadEventSource() = default;
+
+UnicodeString ZkLoadEventSource::getNodeText() const {
+    UnicodeString text = getText();
+    fitToLength(text);
+    return text;
+}
 
 void ZkDocument::setLoadSource(std::unique_ptr<ZkLoadEventSource> source) {
     ZkMutex guard(m_lock);
@@ -140,9 +145,8 @@ ZkNode* ZkDocument::loadNextNodeLocked() {
             }
             break;
         case ZkLoadEventSource::TEXT: {
-            UnicodeString data = m_source->getText();
             // The parent's override may choose to make no node for the text.
-            if (ZkNode* text = open->appendChildText(fitted(data))) {
+            if (ZkNode* text = open->appendChildText(m_source->getNodeText())) {
                 setLastLoadingNode(text);
                 return text;
             }
@@ -181,8 +185,9 @@ ZkNode* ZkDocument::loadStartTag(ZkNode* open) {
         static_cast<AttrNodeMap*>(attributes)->reserve(count);
     for (int i = 0; i < count; ++i) {
         UnicodeString value = m_source->getAttributeValue(i);
+        fitToLength(value);
         element->setAttributeEx(m_source->getAttributeNamespace(i), m_source->getAttributePrefix(i),
-                                m_source->getAttributeName(i), fitted(value));
+                                m_source->getAttributeName(i), value);
     }
     element->finishAttributes();
     if (element->getNamespaceUri() == ZKN_NS_XINCLUDE) {

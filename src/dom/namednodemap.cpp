@@ -305,8 +305,8 @@ ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, uint64_t nsKey) {
     // URI follows the declarations), so a miss searches by pointer: no entry is left dangling.
     if (!m_byNamespace.erase(nsKey, attr))
         m_byNamespace.eraseValue(attr);
-    if (!m_byName.erase(nameKey(attr->getNodeName()), attr))
-        m_byName.eraseValue(attr);
+    // A qualified name moves only through changePrefix, which moves its entry along.
+    m_byName.erase(nameKey(attr->getNodeName()), attr);
     attr->m_next = nullptr;
     attr->m_previous = nullptr;
     attr->m_ownerElement = nullptr;
