@@ -5,6 +5,7 @@
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,8 +23,18 @@ public:
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
             auto items = run.counters.find("items_per_second");
-            if (items != run.counters.end() && items->second.value > 0)
+            if (items == run.counters.end() || items->second.value <= 0)
+                continue;
+            // With repetitions the median stands for the benchmark; single runs count only
+            // while there is no median, so that the last repetition doesn't decide.
+            if (run.run_type == Run::RT_Aggregate) {
+                if (run.aggregate_name == "median") {
+                    m_nsPerItem[run.run_name.str()] = 1e9 / items->second.value;
+                    m_fromMedian.insert(run.run_name.str());
+                }
+            } else if (m_fromMedian.count(run.benchmark_name()) == 0) {
                 m_nsPerItem[run.benchmark_name()] = 1e9 / items->second.value;
+            }
         }
     }
 
@@ -51,6 +62,7 @@ private:
     }
     std::vector<std::pair<std::string, std::string>> m_pairs;
     std::map<std::string, double> m_nsPerItem;
+    std::set<std::string> m_fromMedian;
 };
 
 /// Runs the registered benchmarks with a RatioReporter over `pairs`.

@@ -38,9 +38,12 @@ struct FreeBlock {
     FreeBlock* next;
 };
 
+// Trivial on purpose, without member initialisers: a thread_local of a type with a non-trivial
+// constructor is initialised lazily, behind a guard checked through the dynamic linker on every
+// access. Locals are value-initialised instead.
 struct FreeList {
-    FreeBlock* head = nullptr;
-    uint32_t count = 0;
+    FreeBlock* head;
+    uint32_t count;
 
     void push(FreeBlock* block) noexcept {
         block->next = head;
@@ -52,6 +55,9 @@ struct FreeList {
         if (block) {
             head = block->next;
             --count;
+            // The next pop reads the new head's link: a freed tree leaves its blocks cold and
+            // scattered, and without this each node's birth would wait for memory.
+            prefetch(head);
         }
         return block;
     }
@@ -170,7 +176,7 @@ void* smallAllocate(std::size_t size) {
     ThreadLists& local = t_lists;
     if (local.gone) {
         // A thread past its exit: one block from a batch, the rest goes back.
-        FreeList batch;
+        FreeList batch{};
         reserve().take(cls, batch);
         FreeBlock* block = batch.pop();
         reserve().give(cls, batch);
@@ -203,7 +209,7 @@ void smallFree(void* block, std::size_t size) noexcept {
     ThreadLists& local = t_lists;
     if (local.gone || !local.registered) {
         // A thread that never took a block, or one past its exit, gives straight back.
-        FreeList one;
+        FreeList one{};
         one.push(static_cast<FreeBlock*>(block));
         reserve().give(cls, one);
         return;

@@ -20,6 +20,15 @@ ZKCOMMON_API void smallFree(void* block, std::size_t size) noexcept;
 /// looks the block up under the pool's lock.
 ZKCOMMON_API void smallFreeUnsized(void* block) noexcept;
 
+/// Asks for the cache line at `address` ahead of a write; any address, null included, is safe.
+inline void prefetch(const void* address) noexcept {
+#if defined(__GNUC__)
+    __builtin_prefetch(address, /*rw=*/1);
+#else
+    (void)address;
+#endif
+}
+
 } // namespace detail
 } // namespace ZkCommonNS
 

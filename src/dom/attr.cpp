@@ -75,8 +75,7 @@ ZkValue Attr::getValue() const {
 }
 
 void Attr::setValue(const ZkValue& value) {
-    const ZkName local = m_value.getName();
-    m_value = ZkNamedValue(value, local);
+    m_value.setValue(value); // the name bits stay
 }
 
 // --- AttrNS -------------------------------------------------------------------------------------

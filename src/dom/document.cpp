@@ -19,13 +19,18 @@ namespace ZkCommonNS {
 
 ZkDocument::ZkDocument()
     : ZkNode(this), m_nameTable(ZkNameTable::addRefSharedNameTable()), m_lastLoadingNode(nullptr),
-      m_skipDepth(0), m_nextElementId(0), m_pullMode(false), m_xincludeSeen(false) {}
+      m_skipDepth(0), m_nextElementId(0), m_linkReserve(0), m_pullMode(false),
+      m_xincludeSeen(false) {}
 
 ZkDocument::~ZkDocument() {
     // From now on no node that outlives the document, in the tree or held apart from it, can
     // reach it: their loading getters find no document to pull.
-    if (m_document)
+    if (m_document) {
         m_document->document = nullptr;
+        // The document's own count keeps the link from reaching zero here.
+        m_document->count.fetch_sub(m_linkReserve, std::memory_order_acq_rel);
+        m_linkReserve = 0;
+    }
     m_lastLoadingHold.reset();
     // The name table goes first; the tree itself is taken down by the node destructor, which
     // touches no names.

@@ -4,10 +4,13 @@
 #include "zkcommon/dom/document.h"
 #include "zkcommon/dom/element.h"
 #include "zkcommon/dom/loadsource.h"
+#include "zkcommon/dom/namednodemap.h"
 #include "zkcommon/dom/processinginstruction.h"
 #include "zkcommon/values/value.h"
 #include "zkcommon/xml/xmlparser.h"
 #include "zkcommon/xml/xmlutil.h"
+
+#include <utility>
 
 namespace ZkCommonNS {
 
@@ -17,9 +20,28 @@ constexpr int kSiteLoadNextNode = 40;
 // parse attribute other than "xml" or "text".
 constexpr unsigned short kErrorXIncludeElement = 186;
 constexpr unsigned short kErrorXIncludeParse = 187;
+
+// The parser's strings are built to grow, with room to spare; a node keeps its text for as long
+// as the tree stands, so a long one moves into a buffer of its own length. The copy also leaves
+// the parser's buffer unshared, to be reused for the next text.
+void fitToLength(UnicodeString& text) {
+    constexpr int32_t kSlack = 32; // units; below this a copy costs more than it saves
+    const int32_t length = text.length();
+    if (text.getCapacity() - length > kSlack && text.getCapacity() - length > length / 8) {
+        UnicodeString exact(length, UChar32(0), 0); // an empty string with room for length
+        exact.append(text);
+        text = std::move(exact);
+    }
+}
 } // namespace
 
 ZkLoadEventSource::~ZkLoadEventSource() = default;
+
+UnicodeString ZkLoadEventSource::getNodeText() const {
+    UnicodeString text = getText();
+    fitToLength(text);
+    return text;
+}
 
 void ZkDocument::setLoadSource(std::unique_ptr<ZkLoadEventSource> source) {
     ZkMutex guard(m_lock);
@@ -122,13 +144,14 @@ ZkNode* ZkDocument::loadNextNodeLocked() {
                 return element;
             }
             break;
-        case ZkLoadEventSource::TEXT:
+        case ZkLoadEventSource::TEXT: {
             // The parent's override may choose to make no node for the text.
-            if (ZkNode* text = open->appendChildText(m_source->getText())) {
+            if (ZkNode* text = open->appendChildText(m_source->getNodeText())) {
                 setLastLoadingNode(text);
                 return text;
             }
             break;
+        }
         case ZkLoadEventSource::PROCESSING_INSTRUCTION: {
             ZkPtr<ZkProcessingInstruction> pi =
                 createProcessingInstruction(m_source->getTarget(), m_source->getText());
@@ -157,9 +180,14 @@ ZkNode* ZkDocument::loadStartTag(ZkNode* open) {
     element->setSourceLineNumber(m_source->getLineNumber());
     element->setSourceColumnNumber(m_source->getColumnNumber());
     const int count = m_source->getAttributeCount();
+    ZkNamedNodeMap* attributes = element->getAttributes();
+    if (count > 0 && attributes && attributes->isA(ZkTypeID::kAttrNodeMap))
+        static_cast<AttrNodeMap*>(attributes)->reserve(count);
     for (int i = 0; i < count; ++i) {
+        UnicodeString value = m_source->getAttributeValue(i);
+        fitToLength(value);
         element->setAttributeEx(m_source->getAttributeNamespace(i), m_source->getAttributePrefix(i),
-                                m_source->getAttributeName(i), m_source->getAttributeValue(i));
+                                m_source->getAttributeName(i), value);
     }
     element->finishAttributes();
     if (element->getNamespaceUri() == ZKN_NS_XINCLUDE) {

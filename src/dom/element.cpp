@@ -10,6 +10,8 @@
 #include "zkcommon/values/value.h"
 #include "zkcommon/xml/xmlutil.h"
 
+#include <utility>
+
 namespace ZkCommonNS {
 
 namespace {
@@ -77,8 +79,9 @@ void ZkElement::setAttribute(ZkName qname, const ZkValue& value) {
         created = document->createAttribute(qname);
         if (!created)
             return; // an undeclared prefix: nothing is stored
-        static_cast<AttrNodeMap*>(m_attributes.get())->addNode(created);
         attr = created;
+        // The map takes over the reference; a refused attribute stays with `created`.
+        static_cast<AttrNodeMap*>(m_attributes.get())->addNode(std::move(created));
     }
     attr->setValue(value);
 }
@@ -98,8 +101,8 @@ void ZkElement::setAttributeNS(ZkName uri, ZkName prefix, ZkName local, const Zk
         created = document->createAttributeNS(uri, prefix, local);
         if (!created)
             return;
-        map->addNode(created);
         attr = created;
+        map->addNode(std::move(created));
     } else {
         // Keeps its place in the order; only its qualified name changes.
         map->changePrefix(attr, prefix);

@@ -1,11 +1,130 @@
-// AttrNodeMap: the attribute ring of an element and its two ordered maps.
+// AttrNodeMap: the attribute ring of an element and its two look-ups.
 #include "zkcommon/dom/namednodemap.h"
 
 #include "core/smallpool.h"
 #include "zkcommon/dom/attr.h"
 #include "zkcommon/dom/element.h"
 
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <unordered_map>
+
 namespace ZkCommonNS {
+
+// --- the look-up index --------------------------------------------------------------------------
+
+struct AttrNodeMap::Index::Hashed {
+    std::unordered_map<uint64_t, ZkAttr*> table;
+};
+
+ZkAttr* AttrNodeMap::Index::find(uint64_t key) const {
+    if (m_hashed) {
+        auto found = m_hashed->table.find(key);
+        return found == m_hashed->table.end() ? nullptr : found->second;
+    }
+    for (const Entry* entry = m_entries; entry != m_entries + m_size; ++entry) {
+        if (entry->key == key)
+            return entry->attr;
+    }
+    return nullptr;
+}
+
+bool AttrNodeMap::Index::insert(uint64_t key, ZkAttr* attr) {
+    if (m_hashed)
+        return m_hashed->table.emplace(key, attr).second;
+    if (find(key))
+        return false;
+    insertNew(key, attr);
+    return true;
+}
+
+void AttrNodeMap::Index::insertNew(uint64_t key, ZkAttr* attr) {
+    if (m_hashed) {
+        m_hashed->table.emplace(key, attr);
+        return;
+    }
+    if (m_size == m_capacity) {
+        if (m_capacity >= kFlatLimit) {
+            // Built aside first: a failure leaves the array as it was.
+            std::unique_ptr<Hashed> hashed(new Hashed());
+            hashed->table.reserve(std::size_t(m_size) * 2);
+            for (const Entry* entry = m_entries; entry != m_entries + m_size; ++entry)
+                hashed->table.emplace(entry->key, entry->attr);
+            hashed->table.emplace(key, attr);
+            detail::smallFree(m_entries, m_capacity * sizeof(Entry));
+            m_entries = nullptr;
+            m_size = m_capacity = 0;
+            m_hashed = hashed.release();
+            return;
+        }
+        reserve(m_capacity == 0 ? 4 : m_capacity * 2);
+    }
+    m_entries[m_size++] = Entry{key, attr};
+}
+
+bool AttrNodeMap::Index::erase(uint64_t key, const ZkAttr* attr) {
+    if (m_hashed) {
+        auto found = m_hashed->table.find(key);
+        if (found == m_hashed->table.end() || found->second != attr)
+            return false;
+        m_hashed->table.erase(found);
+        return true;
+    }
+    for (Entry* entry = m_entries; entry != m_entries + m_size; ++entry) {
+        if (entry->key == key) {
+            if (entry->attr != attr)
+                return false;
+            // Keys are unique, so their order is of no account: the last entry fills the gap.
+            *entry = m_entries[--m_size];
+            return true;
+        }
+    }
+    return false;
+}
+
+void AttrNodeMap::Index::eraseValue(const ZkAttr* attr) {
+    if (m_hashed) {
+        for (auto entry = m_hashed->table.begin(); entry != m_hashed->table.end(); ++entry) {
+            if (entry->second == attr) {
+                m_hashed->table.erase(entry);
+                return;
+            }
+        }
+        return;
+    }
+    for (Entry* entry = m_entries; entry != m_entries + m_size; ++entry) {
+        if (entry->attr == attr) {
+            *entry = m_entries[--m_size];
+            return;
+        }
+    }
+}
+
+std::size_t AttrNodeMap::Index::size() const {
+    return m_hashed ? m_hashed->table.size() : m_size;
+}
+
+void AttrNodeMap::Index::clear() {
+    delete m_hashed;
+    m_hashed = nullptr;
+    detail::smallFree(m_entries, m_capacity * sizeof(Entry));
+    m_entries = nullptr;
+    m_size = m_capacity = 0;
+}
+
+void AttrNodeMap::Index::reserve(uint32_t count) {
+    count = std::min(count, kFlatLimit);
+    if (m_hashed || count <= m_capacity)
+        return;
+    Entry* entries = static_cast<Entry*>(detail::smallAllocate(count * sizeof(Entry)));
+    std::copy(m_entries, m_entries + m_size, entries);
+    detail::smallFree(m_entries, m_capacity * sizeof(Entry));
+    m_entries = entries;
+    m_capacity = count;
+}
+
+// --- the map ------------------------------------------------------------------------------------
 
 void* AttrNodeMap::operator new(std::size_t size) {
     return detail::smallAllocate(size);
@@ -17,6 +136,15 @@ void AttrNodeMap::operator delete(void* block, std::size_t size) noexcept {
 
 AttrNodeMap::AttrNodeMap(ZkElement* owner) : m_anchor(nullptr), m_owner(owner) {}
 
+void AttrNodeMap::reserve(int count) {
+    if (count <= 0)
+        return;
+    const uint32_t total = uint32_t(std::min<std::size_t>(m_byName.size() + std::size_t(count),
+                                                          std::size_t(Index::kFlatLimit)));
+    m_byName.reserve(total);
+    m_byNamespace.reserve(total);
+}
+
 AttrNodeMap::~AttrNodeMap() {
     clear();
 }
@@ -24,22 +152,21 @@ AttrNodeMap::~AttrNodeMap() {
 void AttrNodeMap::clear() {
     if (isEmpty())
         return;
-    ZkNode* last = m_anchor;
-    ZkNode* node = last->m_next;
+    ZkNode* node = m_anchor;
     m_anchor = nullptr;
     m_byName.clear();
     m_byNamespace.clear();
-    // From first to last; each attribute loses its links before the map's reference goes.
-    for (;;) {
-        ZkNode* next = node->m_next;
-        const bool wasLast = node == last;
+    // From last to first, the reverse of the order of addition (see ZkNode::tearDownChildren);
+    // each attribute loses its links before the map's reference goes.
+    while (node) {
+        ZkNode* previous = node->m_previous;
+        // The attributes of a torn-down tree are cold: fetch the next while this one goes.
+        detail::prefetch(previous);
         static_cast<ZkAttr*>(node)->m_ownerElement = nullptr;
         node->m_next = nullptr;
         node->m_previous = nullptr;
         node->release();
-        if (wasLast)
-            break;
-        node = next;
+        node = previous;
     }
 }
 
@@ -84,13 +211,11 @@ ZkNode* AttrNodeMap::item(int index) const {
 // --- look-ups -----------------------------------------------------------------------------------
 
 ZkNode* AttrNodeMap::getNamedItem(ZkName qname) const {
-    auto found = m_byName.find(qname.getEnum());
-    return found == m_byName.end() ? nullptr : found->second;
+    return m_byName.find(nameKey(qname));
 }
 
 ZkNode* AttrNodeMap::getNamedItemNS(ZkName uri, ZkName local) const {
-    auto found = m_byNamespace.find(NamespaceKey(uri.getEnum(), local.getEnum()));
-    return found == m_byNamespace.end() ? nullptr : found->second;
+    return m_byNamespace.find(namespaceKey(uri, local));
 }
 
 void AttrNodeMap::getNamedItemLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* out) const {
@@ -105,14 +230,40 @@ void AttrNodeMap::getNamedItemLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* ou
 // --- changes ------------------------------------------------------------------------------------
 
 bool AttrNodeMap::addNode(ZkAttr* attr) {
+    return link(attr, /*addRef=*/true);
+}
+
+bool AttrNodeMap::addNode(ZkPtr<ZkAttr>&& attr) {
+    if (!link(attr.get(), /*addRef=*/false))
+        return false;
+    attr.detach(); // the reference now belongs to the map
+    return true;
+}
+
+bool AttrNodeMap::link(ZkAttr* attr, bool addRef) {
     if (!attr || attr->m_ownerElement || attr->m_parent || attr->m_next || !m_owner)
         return false;
-    const NamespaceKey key(attr->getNamespaceUri().getEnum(), attr->getLocalName().getEnum());
-    const ZkNameEnum qname = attr->getNodeName().getEnum();
-    // An attribute that neither map would take could never be found or removed by name.
-    if (m_byNamespace.count(key) != 0 && m_byName.count(qname) != 0)
+    const uint64_t key = namespaceKey(attr->getNamespaceUri(), attr->getLocalName());
+    const uint64_t qname = nameKey(attr->getNodeName());
+    // An attribute that neither look-up would take could never be found or removed by name.
+    const bool nsFree = m_byNamespace.find(key) == nullptr;
+    if (!nsFree && m_byName.find(qname) != nullptr)
         return false;
-    attr->addRef();
+    // A failure of either insertion leaves the map as it was.
+    const bool nameFree = nsFree ? m_byName.find(qname) == nullptr : true;
+    if (nsFree)
+        m_byNamespace.insertNew(key, attr);
+    if (nameFree) {
+        try {
+            m_byName.insertNew(qname, attr);
+        } catch (...) {
+            if (nsFree)
+                m_byNamespace.erase(key, attr);
+            throw;
+        }
+    }
+    if (addRef)
+        attr->addRef();
     attr->m_ownerElement = m_owner;
     if (!m_anchor) {
         attr->m_next = attr;
@@ -122,26 +273,21 @@ bool AttrNodeMap::addNode(ZkAttr* attr) {
         attr->m_next = m_anchor->m_next;
         m_anchor->m_next = attr;
     }
-    m_anchor = attr;
-    // An existing key stays: a second attribute of the same qualified name but another URI is
+    // An existing key stayed: a second attribute of the same qualified name but another URI is
     // found by namespace only.
-    m_byNamespace.emplace(key, attr);
-    m_byName.emplace(qname, attr);
+    m_anchor = attr;
     return true;
 }
 
 void AttrNodeMap::changePrefix(ZkAttr* attr, ZkName prefix) {
     if (!attr || !attr->m_ownerElement || attr->m_ownerElement != m_owner)
         return;
-    auto old = m_byName.find(attr->getNodeName().getEnum());
-    if (old != m_byName.end() && old->second == attr)
-        m_byName.erase(old);
+    m_byName.erase(nameKey(attr->getNodeName()), attr);
     attr->setPrefix(prefix);
-    m_byName.emplace(attr->getNodeName().getEnum(), attr);
+    m_byName.insert(nameKey(attr->getNodeName()), attr);
 }
 
-ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, NameMap::iterator byName,
-                                  NamespaceMap::iterator byNs) {
+ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, uint64_t nsKey) {
     ZkNode* previous = attr->m_previous;
     ZkNode* next = attr->m_next;
     if (previous)
@@ -154,21 +300,13 @@ ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, NameMap::iterator byName,
         // With no previous the ring is empty.
         m_anchor = previous;
     }
-    // Only entries that point at this attribute go: a same-named one may own the key.
-    if (byNs != m_byNamespace.end() && byNs->second == attr) {
-        m_byNamespace.erase(byNs);
-    } else {
-        // The key was derived again and may have moved: the URI of a prefixed attribute without
-        // a stored URI follows the declarations. Search by pointer so no entry is left dangling.
-        for (auto entry = m_byNamespace.begin(); entry != m_byNamespace.end(); ++entry) {
-            if (entry->second == attr) {
-                m_byNamespace.erase(entry);
-                break;
-            }
-        }
-    }
-    if (byName != m_byName.end() && byName->second == attr)
-        m_byName.erase(byName);
+    // Only entries that point at this attribute go: a same-named one may own the key. The key
+    // was derived again and may have moved (the URI of a prefixed attribute without a stored
+    // URI follows the declarations), so a miss searches by pointer: no entry is left dangling.
+    if (!m_byNamespace.erase(nsKey, attr))
+        m_byNamespace.eraseValue(attr);
+    // A qualified name moves only through changePrefix, which moves its entry along.
+    m_byName.erase(nameKey(attr->getNodeName()), attr);
     attr->m_next = nullptr;
     attr->m_previous = nullptr;
     attr->m_ownerElement = nullptr;
@@ -179,36 +317,30 @@ ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, NameMap::iterator byName,
 }
 
 ZkPtr<ZkAttr> AttrNodeMap::removeNamedItem(ZkName qname) {
-    auto byName = m_byName.find(qname.getEnum());
-    if (byName == m_byName.end())
+    ZkAttr* attr = m_byName.find(nameKey(qname));
+    if (!attr)
         return ZkPtr<ZkAttr>();
-    ZkAttr* attr = byName->second;
-    auto byNs = m_byNamespace.find(
-        NamespaceKey(attr->getNamespaceUri().getEnum(), attr->getLocalName().getEnum()));
-    return unlink(attr, byName, byNs);
+    return unlink(attr, namespaceKey(attr->getNamespaceUri(), attr->getLocalName()));
 }
 
 ZkPtr<ZkAttr> AttrNodeMap::removeNamedItemNS(ZkName uri, ZkName local) {
-    auto byNs = m_byNamespace.find(NamespaceKey(uri.getEnum(), local.getEnum()));
-    if (byNs == m_byNamespace.end())
+    const uint64_t key = namespaceKey(uri, local);
+    ZkAttr* attr = m_byNamespace.find(key);
+    if (!attr)
         return ZkPtr<ZkAttr>();
-    ZkAttr* attr = byNs->second;
-    auto byName = m_byName.find(attr->getNodeName().getEnum());
-    return unlink(attr, byName, byNs);
+    return unlink(attr, key);
 }
 
 ZkPtr<ZkAttr> AttrNodeMap::removeNode(ZkAttr* attr) {
     if (isEmpty())
         return ZkPtr<ZkAttr>();
-    auto byName = m_byName.find(attr->getNodeName().getEnum());
-    if (byName == m_byName.end())
-        return ZkPtr<ZkAttr>();
     // The look-up is by qualified name, so the attribute removed is the one the map holds under
     // that name, which need not be `attr` itself; its own entries are the ones to erase.
-    ZkAttr* held = byName->second;
-    auto byNs = m_byNamespace.find(
-        NamespaceKey(held->getNamespaceUri().getEnum(), held->getLocalName().getEnum()));
-    ZkPtr<ZkAttr> removed = unlink(held, byName, byNs);
+    ZkAttr* held = m_byName.find(nameKey(attr->getNodeName()));
+    if (!held)
+        return ZkPtr<ZkAttr>();
+    ZkPtr<ZkAttr> removed =
+        unlink(held, namespaceKey(held->getNamespaceUri(), held->getLocalName()));
     if (held == attr)
         return removed;
     return ZkPtr<ZkAttr>(attr);

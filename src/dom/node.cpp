@@ -6,6 +6,7 @@
 #include "zkcommon/core/error.h"
 #include "zkcommon/dom/document.h"
 #include "zkcommon/dom/nodelist.h"
+#include "zkcommon/dom/text.h"
 #include "zkcommon/values/value.h"
 #include "zkcommon/xml/xmlutil.h"
 
@@ -20,6 +21,17 @@ constexpr int kSiteInsertBefore = 2;
 constexpr int kSiteRemoveChild = 3;
 constexpr int kSiteReplaceChild = 4;
 constexpr int kSiteSetNodeValue = 5;
+
+// Counts a document takes on its link at a time, for the nodes it makes.
+constexpr int kLinkBatch = 1024;
+
+// Asks for what the release of `node` will touch first: the node, and a text's characters,
+// whose buffer header the release reads. Both are cold in a tree being torn down.
+void prefetchForRelease(const ZkNode* node) {
+    detail::prefetch(node);
+    if (node && node->getTypeID() == ZkTypeID::kTextNode)
+        detail::prefetch(static_cast<const ZkTextNode*>(node)->getData().getBuffer());
+}
 
 const UnicodeString& newChildArg() {
     static const UnicodeString s_text(u"newChild");
@@ -68,7 +80,13 @@ ZkNode::ZkNode(ZkDocument* ownerDocument)
         // A document makes the link that its nodes share.
         m_document = new detail::DocumentLink{ownerDocument, {1}};
     } else if ((m_document = ownerDocument->m_document) != nullptr) {
-        m_document->count.fetch_add(1, std::memory_order_relaxed);
+        // The document takes counts on the link in batches and hands them out one by one: a
+        // tree belongs to one thread at a time, so its nodes are made by one thread at a time.
+        if (ownerDocument->m_linkReserve == 0) {
+            m_document->count.fetch_add(kLinkBatch, std::memory_order_relaxed);
+            ownerDocument->m_linkReserve = kLinkBatch;
+        }
+        --ownerDocument->m_linkReserve;
     }
 }
 
@@ -87,27 +105,37 @@ void ZkNode::tearDownChildren() {
     if (!m_lastChild)
         return;
     // Children's destructors must not call each other down the tree: a million-deep chain would
-    // exhaust the stack. The loop goes down through every child that dies with this node, and
-    // empties each node once all its children are empty, so that each release is shallow. A
+    // exhaust the stack. The loop goes down through every child that dies with this node and
+    // releases each node once its own children are gone, so that each release is shallow. A
     // child held elsewhere is only let go: it survives with its subtree. The walk follows the
     // raw links, so it never loads and makes no virtual call.
+    // Nodes go last first, each subtree before its root: the reverse of the order in which a
+    // load made them, so that the pool of small blocks hands the same blocks out again in the
+    // same order, and the next tree is laid out in memory as this one was.
     m_flags &= ~kLoading;
-    ZkNode* node = getFirstChildFast();
+    ZkNode* node = m_lastChild;
     for (;;) {
         // A cleared loading bit keeps later readers of a surviving subtree from the loader.
         node->m_flags &= ~kLoading;
         if (node->m_lastChild && node->getRefCount() <= 1) {
-            node = node->m_lastChild->m_next; // down to the first child
+            node = node->m_lastChild;
             continue;
         }
-        // Across to the next sibling, or up, emptying each parent whose children are done.
-        for (;;) {
-            ZkNode* parent = node->m_parent;
-            if (parent->m_lastChild != node) {
-                node = node->m_next;
-                break;
-            }
-            parent->removeAllChildNodes();
+        // The node is its parent's last child: off the ring, and on to its previous sibling, or
+        // up to the parent, whose children are all gone by then.
+        ZkNode* parent = node->m_parent;
+        ZkNode* previous = node->m_previous;
+        parent->m_lastChild = previous;
+        if (previous)
+            previous->m_next = node->m_next;
+        node->m_parent = nullptr;
+        node->m_next = nullptr;
+        node->m_previous = nullptr;
+        prefetchForRelease(previous);
+        node->release();
+        if (previous) {
+            node = previous;
+        } else {
             if (parent == this)
                 return;
             node = parent;

@@ -3,17 +3,39 @@
 // value_arith.cpp, the containers in valuearray.cpp and namedvaluemap.cpp.
 #include "zkcommon/values/value.h"
 
+#include "core/smallpool.h"
 #include "values/colorhooks.h"
 #include "zkcommon/text/util.h"
 
 #include <cmath>
 #include <limits>
+#include <new>
+#include <utility>
 
 namespace ZkCommonNS {
 
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+// A string payload is a small fixed-size object made for every attribute a document loads: it
+// comes from the pool of small blocks rather than the general heap.
+template <class... Args> UnicodeString* newString(Args&&... args) {
+    void* block = detail::smallAllocate(sizeof(UnicodeString));
+    try {
+        return new (block) UnicodeString(std::forward<Args>(args)...);
+    } catch (...) {
+        detail::smallFree(block, sizeof(UnicodeString));
+        throw;
+    }
+}
+
+void deleteString(UnicodeString* string) noexcept {
+    if (!string)
+        return;
+    string->~UnicodeString();
+    detail::smallFree(string, sizeof(UnicodeString));
+}
 
 UnicodeString colorToHexText(const ZkValue& value) {
     if (!value.isInteger())
@@ -86,17 +108,17 @@ ZkValue::ZkValue(bool value) noexcept : ZkValue(value ? ZKN_true : ZKN_false) {}
 
 ZkValue::ZkValue(const UnicodeString& text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit)) {
     m_payload.bits = 0;
-    m_payload.string = new UnicodeString(text);
+    m_payload.string = newString(text);
 }
 
 ZkValue::ZkValue(const char16_t* text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit)) {
     m_payload.bits = 0;
-    m_payload.string = text ? new UnicodeString(text) : new UnicodeString();
+    m_payload.string = text ? newString(text) : newString();
 }
 
 ZkValue::ZkValue(const char* text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit)) {
     m_payload.bits = 0;
-    m_payload.string = new UnicodeString(text ? UnicodeString::fromUTF8(text) : UnicodeString());
+    m_payload.string = newString(text ? UnicodeString::fromUTF8(text) : UnicodeString());
 }
 
 ZkValue::ZkValue(ZkRCObject* object) noexcept {
@@ -173,7 +195,7 @@ void ZkValue::becomeReal(float value, ZkUnitType unit) noexcept {
 void ZkValue::releasePayload() noexcept {
     switch (getValueType()) {
     case ValueString:
-        delete m_payload.string;
+        deleteString(m_payload.string);
         break;
     case ValueRCObject:
     case ValueArray:
@@ -191,7 +213,7 @@ void ZkValue::acquirePayload() {
     switch (getValueType()) {
     case ValueString:
         if (m_payload.string)
-            m_payload.string = new UnicodeString(*m_payload.string);
+            m_payload.string = newString(*m_payload.string);
         break;
     case ValueRCObject:
     case ValueArray:

@@ -4,7 +4,8 @@
 namespace ZkCommonNS {
 
 ZkXmlParserLoadSource::ZkXmlParserLoadSource(ZkPtr<ZkXmlParser> parser)
-    : m_parser(std::move(parser)) {}
+    : m_parser(std::move(parser)),
+      m_direct(m_parser && m_parser->getTypeID() == ZkTypeID::kXmlParserImpl) {}
 
 ZkXmlParserLoadSource::~ZkXmlParserLoadSource() = default;
 
@@ -32,6 +33,19 @@ UnicodeString ZkXmlParserLoadSource::getText() const {
     // The parser's text shares its buffer with the string returned: no character is copied
     // here.
     return m_parser ? m_parser->getText() : UnicodeString();
+}
+
+UnicodeString ZkXmlParserLoadSource::getNodeText() const {
+    if (!m_direct)
+        return ZkLoadEventSource::getNodeText();
+    // A derived parser might change its texts in getText(); this one is read in place.
+    int32_t start = 0;
+    const UnicodeString& buffer =
+        static_cast<const ZkXmlParserImpl*>(m_parser.get())->getTextBuffer(start);
+    const int32_t length = buffer.length() - start;
+    UnicodeString text(length, UChar32(0), 0); // an empty string with room for length
+    text.append(buffer, start, length);
+    return text;
 }
 
 ZkName ZkXmlParserLoadSource::getTarget() const {

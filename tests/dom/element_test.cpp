@@ -2,12 +2,17 @@
 #include "domtest.h"
 
 #include <gtest/gtest.h>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/attr.h>
 #include <zkcommon/dom/documentfragment.h>
 #include <zkcommon/dom/namednodemap.h>
 #include <zkcommon/dom/processinginstruction.h>
 #include <zkcommon/values/value.h>
+#include <zkcommon/xml/xmlutil.h>
 
 using namespace ZkCommonNS;
 using namespace domtest;
@@ -441,4 +446,67 @@ TEST(Element, HeldMapAndAttributeOutliveElement) {
     EXPECT_EQ(map->getCount(), 0);
     EXPECT_EQ(map->getFirstNode(), nullptr);
     EXPECT_EQ(map->getNamedItem(ZkName(u"a")), nullptr);
+}
+
+// Random additions, removals by either key and prefix changes against a model, on maps that
+// grow past the point where the look-ups leave their small arrays for hash tables and shrink
+// again. Attribute k has local name "a<k>" in one of two namespaces, with a prefix per namespace.
+TEST(Element, AttributeLookUpsMatchAModel) {
+    // Dynamic names live while some document holds the shared name table.
+    ZkPtr<ZkDocument> keeper(new ZkDocument());
+    const ZkName uris[2] = {ZkName(u"urn:one"), ZkName(u"urn:two")};
+    const ZkName prefixes[3] = {ZkName(u"p"), ZkName(u"q"), ZkName(u"r")};
+    std::vector<ZkName> locals;
+    for (int k = 0; k < 40; ++k)
+        locals.emplace_back(UnicodeString(u"a") + UnicodeString(std::to_string(k).c_str()));
+    std::mt19937 random(7);
+    for (int round = 0; round < 20; ++round) {
+        Fixture f;
+        f.e->setAttributeXMLNS(uris[0], prefixes[0]);
+        f.e->setAttributeXMLNS(uris[1], prefixes[1]);
+        f.e->setAttributeXMLNS(uris[1], prefixes[2]);
+        // (namespace, local) -> (prefix, value); the declarations are not modelled
+        std::map<std::pair<int, int>, std::pair<int, int>> model;
+        const int steps = 50 + round * 20;
+        for (int step = 0; step < steps; ++step) {
+            const int ns = int(random() % 2), k = int(random() % locals.size());
+            const int prefix = ns == 0 ? 0 : 1 + int(random() % 2);
+            const auto key = std::make_pair(ns, k);
+            switch (random() % 4) {
+            case 0:
+            case 1:
+                // A second prefix for the same pair renames the attribute in its place.
+                f.e->setAttributeNS(uris[ns], prefixes[prefix], locals[k], ZkValue(step));
+                model[key] = {prefix, step};
+                break;
+            case 2:
+                f.e->removeAttributeNS(uris[ns], locals[k]);
+                model.erase(key);
+                break;
+            default: {
+                auto found = model.find(key);
+                if (found == model.end())
+                    break;
+                const ZkName qname = ZkXmlUtil::makeQName(prefixes[found->second.first], locals[k]);
+                f.e->removeAttribute(qname);
+                model.erase(found);
+                break;
+            }
+            }
+        }
+        EXPECT_EQ(f.e->getAttributes()->getCount(), int(model.size()) + 3);
+        for (int ns = 0; ns < 2; ++ns) {
+            for (int k = 0; k < int(locals.size()); ++k) {
+                auto found = model.find({ns, k});
+                const ZkValue value = f.e->getAttributeNS(uris[ns], locals[k]);
+                if (found == model.end()) {
+                    EXPECT_TRUE(value.isNull()) << ns << " " << k;
+                    continue;
+                }
+                EXPECT_EQ(value.getIntegerValue(-1), found->second.second) << ns << " " << k;
+                const ZkName qname = ZkXmlUtil::makeQName(prefixes[found->second.first], locals[k]);
+                EXPECT_EQ(f.e->getAttribute(qname).getIntegerValue(-1), found->second.second);
+            }
+        }
+    }
 }

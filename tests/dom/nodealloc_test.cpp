@@ -60,6 +60,30 @@ TEST(NodeAlloc, HeldNodesOutliveTheDocument) {
     EXPECT_EQ(utf8(text->getText()), "text");
 }
 
+TEST(NodeAlloc, ManyHeldNodesOutliveTheDocument) {
+    // Thousands of nodes, so that the document's counts on the link run out and are taken
+    // again several times; every 97th item survives with its attribute and text. Whoever keeps
+    // nodes beyond their document keeps the shared name table too.
+    ZkPtr<ZkNameTable> names(ZkNameTable::getSharedNameTable());
+    std::vector<ZkPtr<ZkElement>> kept;
+    {
+        ZkPtr<ZkDocument> doc = makeTree(5000);
+        int index = 0;
+        for (ZkNode* item = doc->getDocumentElement()->getFirstChild(); item;
+             item = item->getNextSibling(), ++index) {
+            if (index % 97 == 0)
+                kept.emplace_back(static_cast<ZkElement*>(item));
+        }
+    }
+    ZkPtr<ZkDocument> other = makeTree(3000);
+    ASSERT_EQ(kept.size(), 52u);
+    for (size_t i = 0; i < kept.size(); ++i) {
+        EXPECT_EQ(kept[i]->getAttribute(ZkName(u"n")).getIntegerValue(-1), int(i) * 97);
+        EXPECT_EQ(utf8(kept[i]->getFirstChildFast()->getText()), "text");
+        EXPECT_EQ(kept[i]->getOwnerDocument(), nullptr);
+    }
+}
+
 TEST(NodeAlloc, ThrowingConstructorAndLargeNodes) {
     ZkPtr<ZkDocument> doc(new ZkDocument());
     EXPECT_THROW(new (std::nothrow) ThrowingElement(doc), std::runtime_error);

@@ -62,6 +62,19 @@ using namespace ZkCommonNS;
 
 namespace {
 
+// Under AddressSanitizer the pool of small blocks gives way to the global operator new.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr long kPoolBlockAllocations = 1;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr long kPoolBlockAllocations = 1;
+#else
+constexpr long kPoolBlockAllocations = 0;
+#endif
+#else
+constexpr long kPoolBlockAllocations = 0;
+#endif
+
 template <class Body> long countAllocations(Body body) {
     long before = s_allocations.load();
     body();
@@ -106,10 +119,16 @@ TEST(ZkValueMemory, ArithmeticOnLengthsNeverAllocates) {
     EXPECT_EQ(count, 0);
 }
 
-TEST(ZkValueMemory, StringsAreCopiedArraysShared) {
+TEST(ZkValueMemory, StringAndArrayCopiesTakeNothingFromTheHeap) {
     ASSERT_TRUE(s_icuCounted) << "ICU refused the counting allocator";
+    // A copied string is a string object of its own, from the pool of small blocks, over the
+    // characters ICU shares until one side changes.
     ZkValue text(UnicodeString(u"a string long enough to live on the heap, not in the object"));
-    EXPECT_GT(countAllocations([&] { ZkValue copy(text); }), 0);
+    ZkValue kept;
+    EXPECT_EQ(countAllocations([&] { kept = text; }), kPoolBlockAllocations);
+    text = ZkValue(UnicodeString(u"changed"));
+    EXPECT_EQ(kept.toString(),
+              UnicodeString(u"a string long enough to live on the heap, not in the object"));
     ZkValue list;
     list.addItem(ZkValue(1));
     list.addItem(ZkValue(2));

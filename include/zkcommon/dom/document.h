@@ -221,6 +221,9 @@ private:
     ZkPtr<ZkNode> m_lastLoadingHold; // m_lastLoadingNode unless it is the document itself
     int m_skipDepth;
     unsigned int m_nextElementId;
+    // Counts taken on the link shared with the nodes, not yet handed to a node: the nodes made
+    // for this document take theirs from here, without an atomic step each.
+    int m_linkReserve;
     bool m_pullMode;
     bool m_xincludeSeen;
 };

@@ -36,6 +36,9 @@ public:
     virtual ZkName getName() const = 0;
     /// Character data at TEXT, the data of an instruction at PROCESSING_INSTRUCTION.
     virtual UnicodeString getText() const = 0;
+    /// The text of a TEXT event as a node keeps it: in a string of its own length that shares
+    /// no buffer with the source. By default a trimmed copy of getText().
+    virtual UnicodeString getNodeText() const;
     /// The target of an instruction.
     virtual ZkName getTarget() const = 0;
     /// The attributes of a start tag; -1 elsewhere.

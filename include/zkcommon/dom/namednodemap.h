@@ -1,4 +1,4 @@
-// ZkNamedNodeMap, the attribute map interface, and AttrNodeMap, its ring-and-two-maps store.
+// ZkNamedNodeMap, the attribute map interface, and AttrNodeMap, its ring-and-index store.
 #ifndef ZKCOMMON_DOM_NAMEDNODEMAP_H
 #define ZKCOMMON_DOM_NAMEDNODEMAP_H
 
@@ -8,9 +8,7 @@
 #include "zkcommon/dom/nodelist.h"
 
 #include <cstddef>
-#include <functional>
-#include <map>
-#include <utility>
+#include <cstdint>
 #include <vector>
 
 namespace ZkCommonNS {
@@ -37,9 +35,9 @@ public:
 };
 
 /// The attribute store of an element: a ring in order of addition (the anchor is the last
-/// attribute, null while the map is empty), a map from (namespace URI, local name) and a map
-/// from qualified name, both ordered by name number so that a look-up never compares text. The
-/// map holds one reference on each attribute; each attribute on the ring is in at least one map.
+/// attribute, null while the map is empty), a look-up by (namespace URI, local name) and one by
+/// qualified name, both keyed by name numbers so that a look-up never compares text. The map
+/// holds one reference on each attribute; each attribute on the ring is in at least one look-up.
 class ZKCOMMON_API AttrNodeMap : public ZkNamedNodeMap {
     ZK_DECLARE_TYPE(AttrNodeMap, ZkNamedNodeMap, ZkTypeID::kAttrNodeMap, "AttrNodeMap")
 
@@ -70,6 +68,9 @@ public:
     /// owner element or sits in a tree, a map without owner, or an attribute whose qualified
     /// name and (namespace URI, local name) are both taken: it could never be found again.
     bool addNode(ZkAttr* attr);
+    /// The same, taking over the reference `attr` holds, which is null afterwards; on false it
+    /// stays with `attr`.
+    bool addNode(ZkPtr<ZkAttr>&& attr);
     /// Re-enters `attr` under its qualified name after `prefix` replaced its prefix; its place
     /// on the ring stays. Ignored for null or an attribute of another map.
     void changePrefix(ZkAttr* attr, ZkName prefix);
@@ -77,6 +78,9 @@ public:
     /// result. Null when there is no such name. `attr` itself must not be null.
     ZkPtr<ZkAttr> removeNode(ZkAttr* attr);
     bool isEmpty() const { return m_anchor == nullptr; }
+    /// Makes room for `count` more attributes ahead of a run of additions (the loader knows
+    /// how many a start tag brings). Throws std::bad_alloc.
+    void reserve(int count);
     /// Detaches and releases every attribute; the map is empty and keeps its owner.
     void clear();
     /// Empties the map and forgets its owner, which is going away while someone else still
@@ -84,33 +88,58 @@ public:
     void detachFromOwner();
 
 private:
-    // The maps' entries come from the same pool as the nodes: an element's attributes cost no
-    // call to the general allocator.
-    template <class T> struct PoolAllocator {
-        using value_type = T;
-        PoolAllocator() = default;
-        template <class U> PoolAllocator(const PoolAllocator<U>&) noexcept {}
-        T* allocate(std::size_t n) {
-            return static_cast<T*>(AttrNodeMap::operator new(n * sizeof(T)));
-        }
-        void deallocate(T* block, std::size_t n) noexcept {
-            AttrNodeMap::operator delete(block, n * sizeof(T));
-        }
-        template <class U> bool operator==(const PoolAllocator<U>&) const noexcept { return true; }
-        template <class U> bool operator!=(const PoolAllocator<U>&) const noexcept { return false; }
-    };
-    using NamespaceKey = std::pair<ZkNameEnum, ZkNameEnum>;
-    using NamespaceMap = std::map<NamespaceKey, ZkAttr*, std::less<NamespaceKey>,
-                                  PoolAllocator<std::pair<const NamespaceKey, ZkAttr*>>>;
-    using NameMap = std::map<ZkNameEnum, ZkAttr*, std::less<ZkNameEnum>,
-                             PoolAllocator<std::pair<const ZkNameEnum, ZkAttr*>>>;
+    // One of the two look-ups: a key to the attribute that owns it, at most one attribute per
+    // key. An element has few attributes, so the keys sit in a small array from the pool of
+    // small blocks and a search is a loop over it; past kFlatLimit keys they move into a hash
+    // table, so that an element with thousands of attributes still finds each at once.
+    class Index {
+    public:
+        static constexpr uint32_t kFlatLimit = 16;
 
-    ZkPtr<ZkAttr> unlink(ZkAttr* attr, NameMap::iterator byName, NamespaceMap::iterator byNs);
+        Index() = default;
+        ~Index() { clear(); }
+        Index(const Index&) = delete;
+        Index& operator=(const Index&) = delete;
+
+        ZkAttr* find(uint64_t key) const;
+        /// False, and nothing changes, when the key is taken. Throws std::bad_alloc.
+        bool insert(uint64_t key, ZkAttr* attr);
+        /// The same for a key known to be free.
+        void insertNew(uint64_t key, ZkAttr* attr);
+        /// Removes the entry of `key` if it is `attr`'s.
+        bool erase(uint64_t key, const ZkAttr* attr);
+        /// Removes `attr`'s entry, whatever its key.
+        void eraseValue(const ZkAttr* attr);
+        std::size_t size() const;
+        void clear();
+        /// Room for `count` keys in the array; beyond its limit nothing is reserved.
+        void reserve(uint32_t count);
+
+    private:
+        struct Entry {
+            uint64_t key;
+            ZkAttr* attr;
+        };
+        struct Hashed;
+
+        Entry* m_entries = nullptr;
+        uint32_t m_size = 0;
+        uint32_t m_capacity = 0;
+        Hashed* m_hashed = nullptr; ///< set once the keys outgrew the array, which is then gone
+    };
+
+    static uint64_t nameKey(ZkName qname) { return uint64_t(uint32_t(qname.getEnum())); }
+    static uint64_t namespaceKey(ZkName uri, ZkName local) {
+        return (uint64_t(uint32_t(uri.getEnum())) << 32) | uint32_t(local.getEnum());
+    }
+
+    ZkPtr<ZkAttr> unlink(ZkAttr* attr, uint64_t nsKey);
+    bool link(ZkAttr* attr, bool addRef);
 
     ZkNode* m_anchor;
     ZkElement* m_owner;
-    NamespaceMap m_byNamespace;
-    NameMap m_byName;
+    Index m_byNamespace;
+    Index m_byName;
 };
 
 } // namespace ZkCommonNS

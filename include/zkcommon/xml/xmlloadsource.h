@@ -27,6 +27,8 @@ public:
     ZkName getPrefix() const override;
     ZkName getName() const override;
     UnicodeString getText() const override;
+    /// Copied once, straight from the parser's buffer, when the parser is a ZkXmlParserImpl.
+    UnicodeString getNodeText() const override;
     ZkName getTarget() const override;
     int getAttributeCount() const override;
     ZkName getAttributeNamespace(int index) const override;
@@ -42,6 +44,7 @@ public:
 
 private:
     ZkPtr<ZkXmlParser> m_parser;
+    bool m_direct; ///< the parser is exactly a ZkXmlParserImpl, whose buffer can be read in place
 };
 
 } // namespace ZkCommonNS
