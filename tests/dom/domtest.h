@@ -5,9 +5,11 @@
 #include "support.h"
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
+#include <zkcommon/core/error.h>
 #include <zkcommon/dom/document.h>
 #include <zkcommon/dom/element.h>
 #include <zkcommon/dom/loadsource.h>
@@ -164,6 +166,16 @@ private:
     ScriptedSource* m_script;
     int m_calls = 0;
 };
+
+/// What `action` throws as "code message", or "" when it throws nothing.
+inline std::string errorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const ZkError& e) {
+        return std::to_string(e.getErrorCode()) + " " + utf8(e.getRawMessage());
+    }
+    return "";
+}
 
 /// Appends an element named `name` to `parent` and returns it.
 inline ZkElement* addElement(ZkDocument* document, ZkNode* parent, const char16_t* name) {

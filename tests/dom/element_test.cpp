@@ -72,8 +72,6 @@ TEST(Element, AttrValueCarriesNoName) {
     EXPECT_EQ(utf8(attr->getNodeValue().toString()), "z");
     EXPECT_EQ(attr->getOwnerElement(), f.e);
     EXPECT_EQ(attr->getParentNode(), nullptr);
-    EXPECT_EQ(attr->getNextSibling(), nullptr);
-    EXPECT_EQ(attr->getNodeType(), ZkNode::ATTRIBUTE_NODE);
 }
 
 TEST(Element, RingOrderAndRemovalLinks) {
@@ -162,13 +160,8 @@ TEST(Element, SameQualifiedNameDifferentUris) {
 
 TEST(Element, RemoveAttributeNode) {
     Fixture f;
-    try {
-        f.e->removeAttributeNode(nullptr);
-        ADD_FAILURE() << "no throw";
-    } catch (const ZkError& error) {
-        EXPECT_EQ(error.getErrorCode(), ZK_ERROR_NULL_ARGUMENT);
-        EXPECT_EQ(utf8(error.getRawMessage()), "SYSTEM ERROR: oldAttr is null.");
-    }
+    EXPECT_EQ(errorOf([&] { f.e->removeAttributeNode(nullptr); }),
+              "3 SYSTEM ERROR: oldAttr is null.");
     ZkPtr<ZkAttr> stranger = f.doc->createAttribute(ZkName(u"a"));
     EXPECT_FALSE(f.e->removeAttributeNode(stranger)) << "empty map";
     f.e->setAttribute(ZkName(u"a"), ZkValue(1));
@@ -223,10 +216,7 @@ TEST(Element, CreateAttributePrefixRules) {
     // setAttribute stores nothing for an undeclared prefix.
     f.e->setAttribute(ZkName(u"undeclared:x"), ZkValue(1));
     EXPECT_FALSE(f.e->hasAttribute(ZkName(u"undeclared:x")));
-}
-
-TEST(Element, CreateAttributeNSKinds) {
-    Fixture f;
+    // createAttributeNS makes a namespaced kind only with a URI, and splits a qualified name.
     EXPECT_FALSE(
         f.doc->createAttributeNS(ZkName(), ZkName(), ZkName(u"a"))->isA(ZkTypeID::kAttrNS));
     EXPECT_TRUE(
@@ -354,41 +344,16 @@ TEST(Element, BaseUri) {
     EXPECT_EQ(utf8(loose->getBaseUri()), "rel/");
 }
 
-TEST(Element, CssDebugSlot) {
-    Fixture f;
-    EXPECT_EQ(f.e->getCssDeclaration(0), nullptr);
-    EXPECT_EQ(f.e->getCssVariable(0), nullptr);
-    struct Block : ZkCssDebugBlock {
-        int getDeclarationCount() const override { return 1; }
-        const ZkCssDeclarationDebugInfo* getDeclaration(int) const override {
-            return reinterpret_cast<const ZkCssDeclarationDebugInfo*>(this);
-        }
-        int getVariableCount() const override { return 0; }
-        const ZkCssDeclarationDebugInfo* getVariable(int) const override { return nullptr; }
-    };
-    f.e->setCssDebugBlock(std::make_unique<Block>());
-    EXPECT_NE(f.e->getCssDeclaration(0), nullptr);
-    EXPECT_EQ(f.e->getCssDeclaration(1), nullptr);
-    EXPECT_EQ(f.e->getCssDeclaration(-1), nullptr);
-    EXPECT_EQ(f.e->getCssVariable(0), nullptr);
-}
-
 TEST(Element, TenThousandAttributesAddAndFind) {
     Fixture f;
-    const int count = 10000;
-    std::vector<ZkName> names;
-    names.reserve(count);
-    for (int i = 0; i < count; ++i)
-        names.emplace_back(UnicodeString(u"attr-") + UnicodeString(std::to_string(i).c_str()));
-    for (int i = 0; i < count; ++i)
-        f.e->setAttribute(names[i], ZkValue(i));
+    auto name = [](int i) { return ZkName(UnicodeString::fromUTF8("attr-" + std::to_string(i))); };
+    for (int i = 0; i < 10000; ++i)
+        f.e->setAttribute(name(i), ZkValue(i));
     int found = 0;
-    for (int round = 0; round < 10; ++round) {
-        for (int i = 0; i < count; ++i)
-            found += f.e->getAttribute(names[i]).getIntegerValue(-1) == i ? 1 : 0;
-    }
-    EXPECT_EQ(found, 10 * count);
-    EXPECT_EQ(f.e->getAttributes()->getCount(), count);
+    for (int i = 0; i < 10000; ++i)
+        found += f.e->getAttribute(name(i)).getIntegerValue(-1) == i ? 1 : 0;
+    EXPECT_EQ(found, 10000);
+    EXPECT_EQ(f.e->getAttributes()->getCount(), 10000);
 }
 
 TEST(Element, PrefixChangeRenames) {
@@ -415,7 +380,6 @@ TEST(Element, AttributeReportsElementPosition) {
     f.e->setAttribute(ZkName(u"a"), ZkValue(1));
     f.e->setAttribute(ZkName(u"b"), ZkValue(2));
     ZkAttr* b = f.e->getAttributeNode(ZkName(u"b"));
-    EXPECT_EQ(b->getSourceLineNumber(), 12);
     EXPECT_EQ(b->getSourceColumnNumber(), 5);
     ZkPtr<ZkAttr> loose = f.doc->createAttribute(ZkName(u"loose"));
     EXPECT_EQ(loose->getSourceLineNumber(), -1);

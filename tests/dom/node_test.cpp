@@ -28,23 +28,9 @@ struct Tree {
     }
 };
 
-::testing::AssertionResult throwsCode(const std::function<void()>& action, unsigned short code,
-                                      const std::string& message) {
-    try {
-        action();
-    } catch (const ZkError& e) {
-        if (e.getErrorCode() != code || utf8(e.getRawMessage()) != message)
-            return ::testing::AssertionFailure()
-                   << "code " << e.getErrorCode() << " \"" << utf8(e.getRawMessage())
-                   << "\", expected " << code << " \"" << message << "\"";
-        return ::testing::AssertionSuccess();
-    }
-    return ::testing::AssertionFailure() << "nothing thrown, expected " << message;
-}
-
 } // namespace
 
-TEST(Node, RingLinksOfChildren) {
+TEST(Node, RingLinks) {
     Tree t;
     // The parent holds the last child; its next link closes the ring at the first.
     EXPECT_EQ(t.root->getLastChildFast(), t.c);
@@ -54,61 +40,83 @@ TEST(Node, RingLinksOfChildren) {
     EXPECT_EQ(t.c->getNextSiblingFast(), nullptr);
     EXPECT_EQ(t.c->getNextSibling(), nullptr);
     EXPECT_EQ(t.root->getFirstChild(), t.a);
-    EXPECT_EQ(t.a->getNextSibling(), t.b);
-    EXPECT_EQ(childNames(t.root), "a,b,c");
-}
-
-TEST(Node, OnlyChildPointsToItself) {
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    ZkElement* root = addElement(doc, doc, u"root");
-    ZkElement* only = addElement(doc, root, u"only");
+    // An only child points to itself; its removal empties the parent.
+    ZkElement* only = addElement(t.doc, t.a, u"only");
     EXPECT_EQ(only->getNextLink(), only);
     EXPECT_EQ(only->getNextSibling(), nullptr);
-    EXPECT_EQ(only->getNextSiblingFast(), nullptr);
     EXPECT_EQ(only->getPreviousSibling(), nullptr);
-    EXPECT_EQ(root->getFirstChild(), only);
-    EXPECT_EQ(root->getLastChild(), only);
-}
-
-TEST(Node, RemovingOnlyChildEmptiesParent) {
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    ZkElement* root = addElement(doc, doc, u"root");
-    ZkElement* only = addElement(doc, root, u"only");
-    ZkPtr<ZkNode> removed = root->removeChild(only);
-    EXPECT_EQ(removed.get(), only);
+    EXPECT_EQ(t.a->getFirstChild(), only);
+    EXPECT_EQ(t.a->getLastChild(), only);
+    ZkPtr<ZkNode> removed = t.a->removeChild(only);
     EXPECT_EQ(removed->getRefCount(), 1) << "the tree's reference passed to the result";
-    EXPECT_EQ(root->getLastChildFast(), nullptr);
-    EXPECT_FALSE(root->hasChildNodes());
+    EXPECT_FALSE(t.a->hasChildNodes());
     EXPECT_EQ(only->getParentNode(), nullptr);
     EXPECT_EQ(only->getNextLink(), nullptr);
-    EXPECT_EQ(only->getPreviousSibling(), nullptr);
+    // Replacing an only child.
+    t.a->appendChild(only);
+    ZkPtr<ZkElement> x = t.doc->createElement(ZkName(u"x"));
+    removed = t.a->replaceChild(x, only);
+    EXPECT_EQ(childNames(t.a), "x");
+    EXPECT_EQ(x->getNextLink(), x.get());
 }
 
-TEST(Node, RemoveFirstMiddleLast) {
-    struct Case {
-        const char* remove;
-        const char* left;
-    } cases[] = {{"a", "b,c"}, {"b", "a,c"}, {"c", "a,b"}};
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.remove);
+TEST(Node, ChildChangesAtEveryPosition) {
+    // On root(a,b,c); x is a new element, "-" no node. A node given that is already a child
+    // moves; the node's removal runs first and may change the reference's links.
+    // clang-format off
+    const struct { const char* op; const char* node; const char* ref; const char* expected; } cases[] = {
+        {"remove", "a", "-", "b,c"}, {"remove", "b", "-", "a,c"}, {"remove", "c", "-", "a,b"},
+        {"insert", "x", "a", "x,a,b,c"}, {"insert", "x", "b", "a,x,b,c"}, {"insert", "x", "c", "a,b,x,c"}, {"insert", "x", "-", "a,b,c,x"},
+        {"insert", "c", "a", "c,a,b"}, {"insert", "a", "c", "b,a,c"}, {"insert", "c", "b", "a,c,b"}, {"insert", "b", "b", "a,b,c"},
+        {"replace", "x", "a", "x,b,c"}, {"replace", "x", "b", "a,x,c"}, {"replace", "x", "c", "a,b,x"},
+        {"replace", "c", "a", "c,b"}, {"replace", "a", "c", "b,a"}, {"replace", "b", "b", "a,b,c"},
+        {"append", "a", "-", "b,c,a"}, {"append", "b", "-", "a,c,b"}, {"append", "c", "-", "a,b,c"}, {"append", "x", "-", "a,b,c,x"},
+    };
+    // clang-format on
+    for (const auto& k : cases) {
+        SCOPED_TRACE(std::string(k.op) + " " + k.node + " " + k.ref);
         Tree t;
-        ZkNode* victim = t.root->getChildNodeByName(ZkName(UnicodeString::fromUTF8(test.remove)));
-        ZkPtr<ZkNode> removed = t.root->removeChild(victim);
-        EXPECT_EQ(childNames(t.root), test.left);
-        // The ring is whole again: last's next is first, first's previous is null.
-        ZkNode* first = t.root->getFirstChildFast();
-        EXPECT_EQ(t.root->getLastChildFast()->getNextLink(), first);
-        EXPECT_EQ(first->getPreviousSibling(), nullptr);
-        EXPECT_EQ(t.root->getLastChildFast()->getPreviousSibling(), first);
+        ZkPtr<ZkElement> x = t.doc->createElement(ZkName(u"x"));
+        auto find = [&](const char* name) -> ZkNode* {
+            if (name[0] == 'x')
+                return x.get();
+            return t.root->getChildNodeByName(ZkName(UnicodeString::fromUTF8(name)));
+        };
+        ZkNode* node = find(k.node);
+        ZkNode* ref = k.ref[0] == '-' ? nullptr : find(k.ref);
+        const std::string op = k.op;
+        {
+            ZkPtr<ZkNode> result;
+            if (op == "remove") {
+                result = t.root->removeChild(node);
+                EXPECT_EQ(result.get(), node);
+            } else if (op == "insert") {
+                EXPECT_EQ(t.root->insertBefore(node, ref), node);
+            } else if (op == "replace") {
+                result = t.root->replaceChild(node, ref);
+                EXPECT_EQ(result.get(), ref);
+                if (node == ref) {
+                    EXPECT_EQ(ref->getRefCount(), 2) << "one higher while the result lives";
+                }
+            } else {
+                EXPECT_EQ(t.root->appendChild(node), node);
+            }
+            EXPECT_EQ(childNames(t.root), k.expected);
+            // The ring is whole again: last's next is first, first's previous is null.
+            ZkNode* first = t.root->getFirstChildFast();
+            EXPECT_EQ(t.root->getLastChildFast()->getNextLink(), first);
+            EXPECT_EQ(first->getPreviousSibling(), nullptr);
+            ZkNode* gone = op == "remove" ? node : op == "replace" && node != ref ? ref : nullptr;
+            if (gone) {
+                EXPECT_EQ(gone->getParentNode(), nullptr);
+                EXPECT_EQ(gone->getNextLink(), nullptr);
+                EXPECT_EQ(gone->getRefCount(), 1);
+            }
+        }
+        for (ZkNode* child = t.root->getFirstChildFast(); child;
+             child = child->getNextSiblingFast())
+            EXPECT_EQ(child->getRefCount(), child == x.get() ? 2 : 1) << nameOf(child);
     }
-}
-
-TEST(Node, AppendMovesExistingChildToEnd) {
-    Tree t;
-    EXPECT_EQ(t.root->appendChild(t.a), t.a);
-    EXPECT_EQ(childNames(t.root), "b,c,a");
-    EXPECT_EQ(t.a->getRefCount(), 1);
-    EXPECT_EQ(t.b->getPreviousSibling(), nullptr);
 }
 
 TEST(Node, AppendMovesFromAnotherParent) {
@@ -119,97 +127,10 @@ TEST(Node, AppendMovesFromAnotherParent) {
     EXPECT_EQ(childNames(other), "b");
     EXPECT_EQ(t.b->getParentNode(), other);
     EXPECT_EQ(t.b->getRefCount(), 1);
-}
-
-TEST(Node, InsertBeforePositions) {
-    struct Case {
-        const char* ref;
-        const char* expected;
-    } cases[] = {{"a", "x,a,b,c"}, {"b", "a,x,b,c"}, {"c", "a,b,x,c"}, {nullptr, "a,b,c,x"}};
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.ref ? test.ref : "null");
-        Tree t;
-        ZkPtr<ZkElement> x = t.doc->createElement(ZkName(u"x"));
-        ZkNode* ref = test.ref
-                          ? t.root->getChildNodeByName(ZkName(UnicodeString::fromUTF8(test.ref)))
-                          : nullptr;
-        EXPECT_EQ(t.root->insertBefore(x, ref), x.get());
-        EXPECT_EQ(childNames(t.root), test.expected);
-        EXPECT_EQ(t.root->getLastChildFast()->getNextLink(), t.root->getFirstChildFast());
-        EXPECT_EQ(x->getRefCount(), 2);
-    }
-}
-
-TEST(Node, InsertBeforeMovesWithinSameParent) {
-    Tree t;
-    t.root->insertBefore(t.c, t.a);
-    EXPECT_EQ(childNames(t.root), "c,a,b");
-    t.root->insertBefore(t.c, t.b);
-    EXPECT_EQ(childNames(t.root), "a,c,b");
-    t.root->insertBefore(t.a, t.b);
-    EXPECT_EQ(childNames(t.root), "c,a,b");
-    EXPECT_EQ(t.root->getLastChildFast()->getNextLink(), t.c);
-}
-
-TEST(Node, InsertBeforeSelf) {
-    Tree t;
-    EXPECT_EQ(t.root->insertBefore(t.b, t.b), t.b);
-    EXPECT_EQ(childNames(t.root), "a,b,c");
-    EXPECT_EQ(t.b->getRefCount(), 1);
     // Not a child of this node: the parent check comes before the identity test.
     ZkPtr<ZkElement> loose = t.doc->createElement(ZkName(u"loose"));
-    EXPECT_TRUE(throwsCode([&] { t.root->insertBefore(loose, loose); }, ZK_ERROR_NOT_CHILD,
-                           "SYSTEM ERROR: refChild is not a child of this node."));
-}
-
-TEST(Node, ReplaceChild) {
-    struct Case {
-        const char* old;
-        const char* expected;
-    } cases[] = {{"a", "x,b,c"}, {"b", "a,x,c"}, {"c", "a,b,x"}};
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.old);
-        Tree t;
-        ZkPtr<ZkElement> x = t.doc->createElement(ZkName(u"x"));
-        ZkNode* old = t.root->getChildNodeByName(ZkName(UnicodeString::fromUTF8(test.old)));
-        ZkPtr<ZkNode> removed = t.root->replaceChild(x, old);
-        EXPECT_EQ(removed.get(), old);
-        EXPECT_EQ(removed->getRefCount(), 1);
-        EXPECT_EQ(old->getParentNode(), nullptr);
-        EXPECT_EQ(old->getNextLink(), nullptr);
-        EXPECT_EQ(childNames(t.root), test.expected);
-        EXPECT_EQ(t.root->getLastChildFast()->getNextLink(), t.root->getFirstChildFast());
-        EXPECT_EQ(t.root->getFirstChildFast()->getPreviousSibling(), nullptr);
-    }
-}
-
-TEST(Node, ReplaceOnlyChildAndWithSibling) {
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    ZkElement* root = addElement(doc, doc, u"root");
-    ZkElement* only = addElement(doc, root, u"only");
-    ZkPtr<ZkElement> x = doc->createElement(ZkName(u"x"));
-    ZkPtr<ZkNode> removed = root->replaceChild(x, only);
-    EXPECT_EQ(childNames(root), "x");
-    EXPECT_EQ(x->getNextLink(), x.get());
-
-    // The new child is a sibling: its removal runs first and changes the old child's links.
-    Tree t;
-    removed = t.root->replaceChild(t.c, t.a);
-    EXPECT_EQ(childNames(t.root), "c,b");
-    removed = t.root->replaceChild(t.c, t.b);
-    EXPECT_EQ(childNames(t.root), "c");
-    EXPECT_EQ(t.c->getNextLink(), t.c);
-}
-
-TEST(Node, ReplaceChildWithItselfKeepsAReference) {
-    Tree t;
-    {
-        ZkPtr<ZkNode> same = t.root->replaceChild(t.b, t.b);
-        EXPECT_EQ(same.get(), t.b);
-        EXPECT_EQ(t.b->getRefCount(), 2) << "one higher while the pointer lives";
-        EXPECT_EQ(childNames(t.root), "a,b,c");
-    }
-    EXPECT_EQ(t.b->getRefCount(), 1);
+    EXPECT_EQ(errorOf([&] { t.root->insertBefore(loose, loose); }),
+              "9 SYSTEM ERROR: refChild is not a child of this node.");
 }
 
 TEST(Node, ChildChangeErrorsInOrder) {
@@ -217,43 +138,32 @@ TEST(Node, ChildChangeErrorsInOrder) {
     ZkPtr<ZkDocument> otherDoc(new ZkDocument());
     ZkPtr<ZkElement> foreign = otherDoc->createElement(ZkName(u"foreign"));
     ZkPtr<ZkElement> loose = t.doc->createElement(ZkName(u"loose"));
-    const std::string nullNew = "SYSTEM ERROR: newChild is null.";
-    const std::string nullOld = "SYSTEM ERROR: oldChild is null.";
-    const std::string notChildRef = "SYSTEM ERROR: refChild is not a child of this node.";
-    const std::string notChildOld = "SYSTEM ERROR: oldChild is not a child of this node.";
-    const std::string wrongDoc = "SYSTEM ERROR: newChild is created from a different document.";
+    const std::string nullNew = "3 SYSTEM ERROR: newChild is null.";
+    const std::string nullOld = "3 SYSTEM ERROR: oldChild is null.";
+    const std::string notChildRef = "9 SYSTEM ERROR: refChild is not a child of this node.";
+    const std::string notChildOld = "9 SYSTEM ERROR: oldChild is not a child of this node.";
+    const std::string wrongDoc = "6 SYSTEM ERROR: newChild is created from a different document.";
     // clang-format off
-    struct Case {
-        const char* name;
-        std::function<void()> action;
-        unsigned short code;
-        std::string message;
-    } cases[] = {
-        {"append null", [&] { t.root->appendChild(nullptr); }, ZK_ERROR_NULL_ARGUMENT, nullNew},
-        {"append foreign", [&] { t.root->appendChild(foreign); }, ZK_ERROR_WRONG_DOCUMENT, wrongDoc},
-        {"insert null", [&] { t.root->insertBefore(nullptr, t.a); }, ZK_ERROR_NULL_ARGUMENT, nullNew},
-        {"insert null before stranger", [&] { t.root->insertBefore(nullptr, loose); },
-         ZK_ERROR_NULL_ARGUMENT, nullNew},
-        {"insert before stranger", [&] { t.root->insertBefore(foreign, loose); },
-         ZK_ERROR_NOT_CHILD, notChildRef},
-        {"insert foreign", [&] { t.root->insertBefore(foreign, t.a); }, ZK_ERROR_WRONG_DOCUMENT, wrongDoc},
-        {"insert foreign at end", [&] { t.root->insertBefore(foreign, nullptr); },
-         ZK_ERROR_WRONG_DOCUMENT, wrongDoc},
-        {"remove null", [&] { t.root->removeChild(nullptr); }, ZK_ERROR_NULL_ARGUMENT, nullOld},
-        {"remove stranger", [&] { t.root->removeChild(loose); }, ZK_ERROR_NOT_CHILD, notChildOld},
-        {"remove grandchild", [&] { t.doc->removeChild(t.a); }, ZK_ERROR_NOT_CHILD, notChildOld},
-        {"replace null new first", [&] { t.root->replaceChild(nullptr, nullptr); },
-         ZK_ERROR_NULL_ARGUMENT, nullNew},
-        {"replace null old", [&] { t.root->replaceChild(foreign, nullptr); },
-         ZK_ERROR_NULL_ARGUMENT, nullOld},
-        {"replace stranger", [&] { t.root->replaceChild(foreign, loose); }, ZK_ERROR_NOT_CHILD, notChildOld},
-        {"replace with foreign", [&] { t.root->replaceChild(foreign, t.a); },
-         ZK_ERROR_WRONG_DOCUMENT, wrongDoc},
+    const struct Case { const char* name; std::function<void()> action; std::string error; } cases[] = {
+        {"append null", [&] { t.root->appendChild(nullptr); }, nullNew},
+        {"append foreign", [&] { t.root->appendChild(foreign); }, wrongDoc},
+        {"insert null", [&] { t.root->insertBefore(nullptr, t.a); }, nullNew},
+        {"insert null before stranger", [&] { t.root->insertBefore(nullptr, loose); }, nullNew},
+        {"insert before stranger", [&] { t.root->insertBefore(foreign, loose); }, notChildRef},
+        {"insert foreign", [&] { t.root->insertBefore(foreign, t.a); }, wrongDoc},
+        {"insert foreign at end", [&] { t.root->insertBefore(foreign, nullptr); }, wrongDoc},
+        {"remove null", [&] { t.root->removeChild(nullptr); }, nullOld},
+        {"remove stranger", [&] { t.root->removeChild(loose); }, notChildOld},
+        {"remove grandchild", [&] { t.doc->removeChild(t.a); }, notChildOld},
+        {"replace null new first", [&] { t.root->replaceChild(nullptr, nullptr); }, nullNew},
+        {"replace null old", [&] { t.root->replaceChild(foreign, nullptr); }, nullOld},
+        {"replace stranger", [&] { t.root->replaceChild(foreign, loose); }, notChildOld},
+        {"replace with foreign", [&] { t.root->replaceChild(foreign, t.a); }, wrongDoc},
     };
     // clang-format on
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
-        EXPECT_TRUE(throwsCode(test.action, test.code, test.message));
+        EXPECT_EQ(errorOf(test.action), test.error);
         // A failed change leaves the tree as it was.
         EXPECT_EQ(childNames(t.root), "a,b,c");
         EXPECT_EQ(foreign->getRefCount(), 1);
@@ -262,22 +172,12 @@ TEST(Node, ChildChangeErrorsInOrder) {
     }
 }
 
-TEST(Node, DocumentAcceptsItsOwnNodes) {
-    // The owner check compares with the parent's owner and with the parent itself.
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    ZkPtr<ZkElement> element = doc->createElement(ZkName(u"e"));
-    EXPECT_EQ(doc->appendChild(element), element.get());
-    EXPECT_EQ(doc->getDocumentElement(), element.get());
-    EXPECT_EQ(element->getOwnerDocument(), doc.get());
-    EXPECT_EQ(doc->getOwnerDocument(), nullptr);
-}
-
 TEST(Node, SetNodeValueOnElementRaises) {
     Tree t;
-    EXPECT_TRUE(throwsCode([&] { t.a->setNodeValue(ZkValue(1)); }, ZK_ERROR_WRONG_STATE,
-                           "SYSTEM ERROR: Cannot set a value on node type: Element"));
-    EXPECT_TRUE(throwsCode([&] { t.doc->setNodeValue(ZkValue(1)); }, ZK_ERROR_WRONG_STATE,
-                           "SYSTEM ERROR: Cannot set a value on node type: ZkDocument"));
+    EXPECT_EQ(errorOf([&] { t.a->setNodeValue(ZkValue(1)); }),
+              "11 SYSTEM ERROR: Cannot set a value on node type: Element");
+    EXPECT_EQ(errorOf([&] { t.doc->setNodeValue(ZkValue(1)); }),
+              "11 SYSTEM ERROR: Cannot set a value on node type: ZkDocument");
     EXPECT_TRUE(t.a->getNodeValue().isNull());
 }
 
@@ -306,28 +206,19 @@ TEST(Node, HeldGrandchildSurvivesTreeDeath) {
     EXPECT_EQ(held->getFirstChild()->getParentNode(), held.get());
 }
 
-TEST(Node, DestroysMillionDeepChain) {
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    ZkNode* parent = doc;
-    const int depth = 1000000;
-    for (int i = 0; i < depth; ++i) {
-        ZkPtr<ZkDocumentFragment> node = doc->createDocumentFragment();
-        parent->appendChild(node);
-        parent = node;
+TEST(Node, DestroysMillionDeepAndMillionWideTrees) {
+    for (bool deep : {true, false}) {
+        ZkPtr<ZkDocument> doc(new ZkDocument());
+        ZkNode* parent = addElement(doc, doc, u"root");
+        for (int i = 0; i < 1000000; ++i) {
+            ZkPtr<ZkDocumentFragment> node = doc->createDocumentFragment();
+            parent->appendChild(node);
+            if (deep)
+                parent = node;
+        }
+        EXPECT_EQ(deep ? parent->getNodeDepth() : parent->getChildNodeCount(), 1000000);
+        doc = nullptr; // must not recurse a million frames deep
     }
-    EXPECT_EQ(parent->getNodeDepth(), depth - 1);
-    doc = nullptr; // must not recurse a million frames deep
-    SUCCEED();
-}
-
-TEST(Node, DestroysMillionChildren) {
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    ZkElement* root = addElement(doc, doc, u"root");
-    for (int i = 0; i < 1000000; ++i)
-        addText(doc, root, u"x");
-    EXPECT_EQ(root->getChildNodeCount(), 1000000);
-    doc = nullptr;
-    SUCCEED();
 }
 
 TEST(Node, RemoveAllAndDeleteAllChildNodes) {
@@ -457,20 +348,12 @@ TEST(Node, InnerTextAndWhitespaceSkipping) {
 TEST(Node, FlagsAndLoadState) {
     Tree t;
     EXPECT_FALSE(t.a->isLoaded()) << "built by hand";
-    t.a->setLoadDone();
-    EXPECT_EQ(t.a->getFlags(), 0);
     t.a->setFlag(ZkNode::kLoading, true);
     EXPECT_TRUE(t.a->isLoading());
     EXPECT_TRUE(t.a->isLoaded());
     t.a->setLoadDone();
     EXPECT_FALSE(t.a->isLoading());
-    EXPECT_TRUE(t.a->isLoaded());
-    EXPECT_TRUE(t.a->getFlag(ZkNode::kLoadDone | 0x100));
-    t.a->setFlag(0x100, true);
-    EXPECT_TRUE(t.a->getFlag(0x100));
-    t.a->setFlag(0x100, false);
-    EXPECT_FALSE(t.a->getFlag(0x100));
-
+    EXPECT_TRUE(t.a->getFlag(ZkNode::kLoadDone | 0x100)) << "any of the bits";
     ZkElement* x = addElement(t.doc, t.a, u"x");
     t.a->setFlag(ZkNode::kComplemental, true);
     EXPECT_EQ(x->getParentNodeUncomplemental(), t.root);
