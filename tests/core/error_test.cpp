@@ -48,18 +48,17 @@ TEST(Error, StandardExceptionsAndCategory) {
 }
 
 TEST(Error, PositionDescription) {
-    ZkError lineOnly(5, u"Bad thing.", UnicodeString(), 3, -1, UnicodeString());
-    EXPECT_EQ(lineOnly.getPositionDescription(), u"Line 3, ");
-    EXPECT_EQ(lineOnly.getMessage(), u"Bad thing.\nLine 3, ");
-
-    ZkError zeros(5, u"Bad thing.", UnicodeString(), 0, 0, UnicodeString());
-    EXPECT_TRUE(zeros.getPositionDescription().isEmpty());
-    EXPECT_EQ(zeros.getMessage(), u"Bad thing.");
-
-    ZkError both(5, u"m", UnicodeString(), 3, 14, UnicodeString());
-    EXPECT_EQ(both.getPositionDescription(), u"Line 3, Col 14, ");
-    ZkError columnOnly(5, u"m", UnicodeString(), -1, 7, UnicodeString());
-    EXPECT_EQ(columnOnly.getPositionDescription(), u"Col 7, ");
+    // clang-format off
+    const struct { int line, column; const char16_t* position; } cases[] = {
+        {3, -1, u"Line 3, "}, {0, 0, u""}, {3, 14, u"Line 3, Col 14, "}, {-1, 7, u"Col 7, "}, {-1, -1, u""},
+    };
+    // clang-format on
+    for (const auto& k : cases) {
+        ZkError e(5, u"Bad thing.", UnicodeString(), k.line, k.column, UnicodeString());
+        EXPECT_EQ(e.getPositionDescription(), k.position);
+        EXPECT_EQ(e.getMessage(),
+                  UnicodeString(u"Bad thing.") + (k.position[0] ? u"\n" : u"") + k.position);
+    }
 }
 
 TEST(Error, SetMessageUndoesGetMessage) {
