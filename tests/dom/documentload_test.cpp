@@ -52,22 +52,6 @@ public:
     using ZkDocument::createElementNS;
 };
 
-std::string dump(const ZkNode* node) {
-    std::string out;
-    ZkTreeIterator walk(node, nullptr, false, ZkTreeIterator::PRE_AND_POST_ORDER);
-    while (ZkNode* visited = walk.nextNode()) {
-        if (visited == node)
-            continue;
-        if (visited->isElementNode())
-            out += walk.atPostVisit() ? ")" : nameOf(visited) + "(";
-        else if (visited->isProcessingInstruction())
-            out += "<?" + utf8(visited->getLocalName().toString()) + ">";
-        else
-            out += nameOf(visited);
-    }
-    return out;
-}
-
 } // namespace
 
 // clang-format off
@@ -82,7 +66,7 @@ TEST(DocumentLoad, EventsBecomeNodes) {
         {Event::Text, u"text"}, {Event::Instruction, u"pi data"}, {Event::Text, u"more"}, {Event::End}, {Event::EndDocument},
     }));
     doc->startFull();
-    EXPECT_EQ(dump(doc), "<?xml-stylesheet>fo:root('text'<?pi>'more')");
+    EXPECT_EQ(treeText(doc), "<?xml-stylesheet>fo:root('text'<?pi>'more')");
     ZkElement* root = doc->getDocumentElement();
     ASSERT_NE(root, nullptr);
     EXPECT_EQ(root->getNamespaceUri(), ZkName(u"urn:fo"));
@@ -121,7 +105,7 @@ TEST(DocumentLoad, RefusedSubtreesAndXIncludeWithoutHref) {
         SCOPED_TRACE(k.what);
         ZkPtr<ProbeDocument> doc(new ProbeDocument(k.events));
         doc->startFull();
-        EXPECT_EQ(dump(doc), k.expected);
+        EXPECT_EQ(treeText(doc), k.expected);
         EXPECT_TRUE(doc->script().pushed.empty());
         EXPECT_TRUE(doc->script().reported.empty());
         EXPECT_EQ(doc->hasXInclude(), std::string(k.what) == "include without href");
@@ -150,7 +134,7 @@ TEST(DocumentLoad, XIncludePushesStreamsAndReportsProblems) {
         ZkPtr<ScriptedDocument> doc(new ScriptedDocument(events));
         doc->script().included = {{Event::Text, u"included"}};
         doc->startFull();
-        EXPECT_EQ(dump(doc), k.tree);
+        EXPECT_EQ(treeText(doc), k.tree);
         EXPECT_EQ(doc->script().pushed,
                   k.pushed[0] ? std::vector<std::string>{k.pushed} : std::vector<std::string>());
         EXPECT_EQ(doc->script().reported, k.reported[0] ? std::vector<std::string>{k.reported}
@@ -189,13 +173,13 @@ TEST(DocumentLoad, TruncatedInputEndsTheLoad) {
 TEST(DocumentLoad, SourceCanBeReplacedAndRemoved) {
     ZkPtr<ScriptedDocument> doc(new ScriptedDocument({{Event::Start, u"a"}, {Event::End}}));
     doc->startFull();
-    EXPECT_EQ(dump(doc), "a()");
+    EXPECT_EQ(treeText(doc), "a()");
     doc->setLoadSource(
         std::make_unique<ScriptedSource>(std::vector<Event>{{Event::Start, u"b"}, {Event::End}}));
     doc->load();
-    EXPECT_EQ(dump(doc), "b()") << "a load replaces the children";
+    EXPECT_EQ(treeText(doc), "b()") << "a load replaces the children";
     doc->setLoadSource(nullptr);
     EXPECT_EQ(doc->getLoadSource(), nullptr);
     doc->load();
-    EXPECT_EQ(dump(doc), "");
+    EXPECT_EQ(treeText(doc), "");
 }

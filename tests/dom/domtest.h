@@ -7,13 +7,17 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/document.h>
 #include <zkcommon/dom/element.h>
+#include <zkcommon/dom/iterator.h>
 #include <zkcommon/dom/loadsource.h>
+#include <zkcommon/dom/namednodemap.h>
 #include <zkcommon/dom/text.h>
+#include <zkcommon/values/value.h>
 #include <zkcommon/xml/xmlutil.h>
 
 namespace domtest {
@@ -26,6 +30,44 @@ inline std::string nameOf(const ZkNode* node) {
     if (node->isText())
         return "'" + utf8(node->getText()) + "'";
     return utf8(node->getNodeName().toString());
+}
+
+/// The tree below `root` as text: elements as name(...), texts quoted (adjacent ones joined),
+/// instructions as <?target>. The `full` form names elements {namespace}local with their
+/// attributes sorted (namespace declarations left out), and instructions carry their data.
+inline std::string treeText(const ZkNode* root, bool full = false) {
+    std::string out, text;
+    auto qualified = [](const ZkNode* node) {
+        return "{" + utf8(node->getNamespaceUri().toString()) + "}" +
+               utf8(node->getLocalName().toString());
+    };
+    ZkTreeIterator walk(root, nullptr, false, ZkTreeIterator::PRE_AND_POST_ORDER);
+    while (ZkNode* node = walk.nextNode()) {
+        if (node->isText()) {
+            text += utf8(node->getText());
+            continue;
+        }
+        out += text.empty() ? "" : "'" + text + "'";
+        text.clear();
+        if (node->isProcessingInstruction()) {
+            out += "<?" + utf8(node->getLocalName().toString()) +
+                   (full ? " " + utf8(node->getText()) : "") + ">";
+        } else if (node->isElementNode() && walk.atPostVisit()) {
+            out += ")";
+        } else if (node->isElementNode()) {
+            out += (full ? qualified(node) : nameOf(node)) + "(";
+            std::set<std::string> attributes;
+            ZkNamedNodeMap* map = node->getAttributes();
+            for (ZkNode* attr = map->getFirstNode(); full && attr; attr = map->getNextNode(attr)) {
+                if (attr->getNamespaceUri() != ZKN_NS_XMLNS)
+                    attributes.insert(qualified(attr) + "=" +
+                                      utf8(attr->getNodeValue().toString()));
+            }
+            for (const std::string& attribute : attributes)
+                out += " " + attribute;
+        }
+    }
+    return out + (text.empty() ? "" : "'" + text + "'");
 }
 
 /// One event of the scripted input. A start tag's `text` is its qualified name.

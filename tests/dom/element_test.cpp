@@ -183,14 +183,8 @@ TEST(Element, RemoveAttributeNode) {
 TEST(Element, CreateAttributePrefixRules) {
     Fixture f;
     f.e->setAttributeXMLNS(ZkName(u"urn:declared"), ZkName(u"d"));
-    struct Case {
-        const char16_t* qname;
-        bool made;
-        const char* uri;
-        const char* prefix;
-        const char* local;
-        bool ns;
-    } cases[] = {
+    // clang-format off
+    const struct { const char16_t* qname; bool made; const char *uri, *prefix, *local; bool ns; } cases[] = {
         {u"plain", true, "", "", "plain", false},
         {u"xmlns", true, "http://www.w3.org/2000/xmlns/", "", "xmlns", true},
         {u"xmlns:p", true, "http://www.w3.org/2000/xmlns/", "xmlns", "p", true},
@@ -201,7 +195,8 @@ TEST(Element, CreateAttributePrefixRules) {
         {u"xml:", false, "", "", "", false},
         {u":lead", true, "", "", ":lead", false},
     };
-    for (const Case& test : cases) {
+    // clang-format on
+    for (const auto& test : cases) {
         SCOPED_TRACE(utf8(test.qname));
         ZkPtr<ZkAttr> attr = f.doc->createAttribute(ZkName(test.qname));
         ASSERT_EQ(bool(attr), test.made);

@@ -278,51 +278,33 @@ TEST(Node, CountingAndSearching) {
     EXPECT_FALSE(t.a->isSameOfType(nullptr));
 }
 
-TEST(Node, CommonAncestors) {
-    Tree t;
-    ZkElement* x = addElement(t.doc, t.b, u"x");
-    ZkPtr<ZkDocument> other(new ZkDocument());
-    ZkElement* stranger = addElement(other, other, u"s");
-    EXPECT_EQ(x->getCommonAncestor(t.c), t.root);
-    EXPECT_EQ(x->getCommonAncestor(t.b), t.root) << "strict ancestors of both";
-    EXPECT_EQ(t.b->getCommonAncestor(x), t.root);
-    EXPECT_EQ(x->getCommonAncestor(nullptr), nullptr);
-    EXPECT_EQ(x->getCommonAncestor(stranger), nullptr);
-    EXPECT_EQ(x->getCommonAncestorOrSelf(t.b), t.b);
-    EXPECT_EQ(t.b->getCommonAncestorOrSelf(x), t.b);
-    EXPECT_EQ(x->getCommonAncestorOrSelf(t.c), t.root);
-    EXPECT_EQ(x->getCommonAncestorOrSelf(stranger), nullptr);
-}
-
-TEST(Node, DocumentOrder) {
+TEST(Node, DocumentOrderAndCommonAncestors) {
     Tree t;
     ZkElement* x = addElement(t.doc, t.a, u"x");
     ZkElement* y = addElement(t.doc, t.c, u"y");
+    ZkElement* z = addElement(t.doc, t.b, u"z");
     ZkPtr<ZkDocument> other(new ZkDocument());
     ZkElement* stranger = addElement(other, other, u"s");
-    struct Case {
-        const char* name;
-        ZkNode* self;
-        ZkNode* other;
-        bool following;
-        bool preceding;
-    } cases[] = {
-        {"b after a", t.b, t.a, true, false},
-        {"b before c", t.b, t.c, false, true},
-        {"y after x (cousins)", y, x, true, false},
-        {"x before y", x, y, false, true},
-        {"b after x (inside a)", t.b, x, true, false},
-        {"ancestor is not preceding", x, t.a, false, false},
-        {"descendant is not following", t.a, x, false, false},
-        {"self", t.b, t.b, false, false},
-        {"null", t.b, nullptr, false, false},
-        {"other tree", t.b, stranger, false, false},
+    ZkNode *root = t.root, *none = nullptr;
+    // The common ancestor is a strict ancestor of both; "or self" may be one of the two.
+    // clang-format off
+    const struct { const char* name; ZkNode *self, *other; bool following, preceding; ZkNode *common, *commonOrSelf; } cases[] = {
+        {"b after a", t.b, t.a, true, false, root, root}, {"b before c", t.b, t.c, false, true, root, root},
+        {"y after x (cousins)", y, x, true, false, root, root}, {"x before y", x, y, false, true, root, root},
+        {"b after x (inside a)", t.b, x, true, false, root, root},
+        {"ancestor is not preceding", x, t.a, false, false, root, t.a}, {"descendant is not following", t.a, x, false, false, root, t.a},
+        {"z and its parent", z, t.b, false, false, root, t.b}, {"b and its child", t.b, z, false, false, root, t.b},
+        {"null", t.b, nullptr, false, false, none, none}, {"other tree", z, stranger, false, false, none, none},
     };
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.name);
-        EXPECT_EQ(test.self->isFollowingOf(test.other), test.following);
-        EXPECT_EQ(test.self->isPrecedingOf(test.other), test.preceding);
+    // clang-format on
+    for (const auto& k : cases) {
+        SCOPED_TRACE(k.name);
+        EXPECT_EQ(k.self->isFollowingOf(k.other), k.following);
+        EXPECT_EQ(k.self->isPrecedingOf(k.other), k.preceding);
+        EXPECT_EQ(k.self->getCommonAncestor(k.other), k.common);
+        EXPECT_EQ(k.self->getCommonAncestorOrSelf(k.other), k.commonOrSelf);
     }
+    EXPECT_FALSE(t.b->isFollowingOf(t.b) || t.b->isPrecedingOf(t.b)) << "self";
 }
 
 TEST(Node, InnerTextAndWhitespaceSkipping) {
