@@ -1,7 +1,9 @@
 // ZkElement, the attribute map and namespace look-ups.
 #include "domtest.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <random>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/attr.h>
 #include <zkcommon/dom/documentfragment.h>
@@ -36,72 +38,73 @@ struct Fixture {
 
 } // namespace
 
-TEST(Element, SetGetRemoveAttribute) {
-    Fixture f;
-    EXPECT_FALSE(f.e->hasAttributes());
-    f.e->setAttribute(ZkName(u"width"), ZkValue(u"10pt"));
-    f.e->setAttribute(ZkName(u"height"), ZkValue(5));
-    EXPECT_TRUE(f.e->hasAttributes());
-    EXPECT_EQ(utf8(f.e->getAttribute(ZkName(u"width")).toString()), "10pt");
-    EXPECT_EQ(f.e->getAttribute(ZkName(u"height")).getIntegerValue(0), 5);
-    EXPECT_TRUE(f.e->getAttribute(ZkName(u"nothing")).isNull()) << "empty, not an error";
-    f.e->setAttribute(ZkName(u"width"), ZkValue(u"20pt"));
-    EXPECT_EQ(attrNames(f.e), "width,height") << "replacing keeps the place";
-    EXPECT_EQ(utf8(f.e->getAttribute(ZkName(u"width")).toString()), "20pt");
-    EXPECT_EQ(f.e->getAttributes()->getCount(), 2);
-    f.e->removeAttribute(ZkName(u"width"));
-    f.e->removeAttribute(ZkName(u"never-there"));
-    EXPECT_EQ(attrNames(f.e), "height");
-    EXPECT_FALSE(f.e->hasAttribute(ZkName(u"width")));
-    EXPECT_TRUE(f.e->hasAttribute(ZkName(u"height")));
+TEST(Element, AttributesAgainstAModel) {
+    // Random sets and removals over a few names: the ring keeps the order of first setting (a
+    // replacement keeps its place), and every read agrees with a plain list.
+    std::mt19937 random(20261125);
+    const char16_t* const names[] = {u"a", u"b", u"c", u"d", u"e"};
+    for (int trial = 0; trial < 50; ++trial) {
+        Fixture f;
+        std::vector<std::pair<std::string, int>> model;
+        for (int step = 0; step < 40; ++step) {
+            const char16_t* name = names[random() % 5];
+            const std::string key = utf8(name);
+            auto found = std::find_if(model.begin(), model.end(),
+                                      [&](const auto& entry) { return entry.first == key; });
+            if (random() % 3 == 0) {
+                f.e->removeAttribute(ZkName(name));
+                if (found != model.end())
+                    model.erase(found);
+            } else {
+                f.e->setAttribute(ZkName(name), ZkValue(step));
+                if (found != model.end())
+                    found->second = step;
+                else
+                    model.emplace_back(key, step);
+            }
+            std::string expected;
+            for (const auto& entry : model) {
+                expected += (expected.empty() ? "" : ",") + entry.first;
+                ASSERT_EQ(f.e->getAttribute(ZkName(UnicodeString::fromUTF8(entry.first)))
+                              .getIntegerValue(-1),
+                          entry.second);
+            }
+            ASSERT_EQ(attrNames(f.e), expected) << "trial " << trial << " step " << step;
+            const ZkNamedNodeMap* map = f.e->getAttributes();
+            ASSERT_EQ(map->getCount(), int(model.size()));
+            ASSERT_EQ(f.e->hasAttributes(), !model.empty());
+            if (ZkNode* last = map->getLastNode()) {
+                ASSERT_EQ(last->getNextLink(), map->getFirstNode()) << "the ring is closed";
+                ASSERT_EQ(map->getFirstNode()->getPreviousSibling(), nullptr);
+                ASSERT_EQ(static_cast<ZkAttr*>(last)->getOwnerElement(), f.e);
+            }
+        }
+    }
 }
 
 TEST(Element, AttrValueCarriesNoName) {
     Fixture f;
     f.e->setAttribute(ZkName(u"w"), ZkValue(u"x"));
     ZkAttr* attr = f.e->getAttributeNode(ZkName(u"w"));
-    ASSERT_NE(attr, nullptr);
-    EXPECT_EQ(attr->getValue(), ZkValue(u"x"));
     // A named value given in does not rename the attribute.
     attr->setValue(ZkNamedValue(ZkValue(7), ZkName(u"other")));
     EXPECT_EQ(utf8(attr->getLocalName().toString()), "w");
     EXPECT_EQ(attr->getValue().getIntegerValue(0), 7);
-    attr->setNodeValue(ZkValue(u"y"));
-    EXPECT_EQ(utf8(attr->getText()), "y");
     attr->setText(u"z");
     EXPECT_EQ(utf8(attr->getNodeValue().toString()), "z");
-    EXPECT_EQ(attr->getOwnerElement(), f.e);
     EXPECT_EQ(attr->getParentNode(), nullptr);
 }
 
-TEST(Element, RingOrderAndRemovalLinks) {
+TEST(Element, AttributeMapItems) {
     Fixture f;
     for (const char16_t* name : {u"a", u"b", u"c", u"d"})
         f.e->setAttribute(ZkName(name), ZkValue(name));
     AttrNodeMap* map = static_cast<AttrNodeMap*>(f.e->getAttributes());
-    EXPECT_EQ(nameOf(map->item(0)), "a");
     EXPECT_EQ(nameOf(map->item(3)), "d");
     EXPECT_EQ(map->item(4), nullptr);
     EXPECT_EQ(map->item(-1), nullptr);
     EXPECT_EQ(nameOf(map->getPreviousNode(map->getLastNode())), "c");
-
-    f.e->removeAttribute(ZkName(u"a"));
-    // The first attribute's removal leaves the last attribute's next link at the new first.
-    EXPECT_EQ(nameOf(map->getLastNode()->getNextLink()), "b");
-    EXPECT_EQ(map->getFirstNode()->getPreviousSibling(), nullptr);
-    f.e->removeAttribute(ZkName(u"d"));
-    EXPECT_EQ(nameOf(map->getLastNode()), "c");
-    EXPECT_EQ(nameOf(map->getLastNode()->getNextLink()), "b");
-    f.e->removeAttribute(ZkName(u"b"));
-    EXPECT_EQ(attrNames(f.e), "c");
-    EXPECT_EQ(map->getLastNode()->getNextLink(), map->getLastNode());
-    f.e->removeAttribute(ZkName(u"c"));
-    EXPECT_EQ(map->getFirstNode(), nullptr);
-    EXPECT_EQ(map->getLastNode(), nullptr);
-    // The anchor went back to the element: the next add finds its owner there.
-    f.e->setAttribute(ZkName(u"again"), ZkValue(1));
-    EXPECT_EQ(f.e->getAttributeNode(ZkName(u"again"))->getOwnerElement(), f.e);
-    EXPECT_EQ(attrNames(f.e), "again");
+    EXPECT_TRUE(f.e->getAttribute(ZkName(u"nothing")).isNull()) << "empty, not an error";
 }
 
 TEST(Element, SetAttributeNSSilentCases) {
@@ -321,20 +324,23 @@ TEST(Element, CloneNode) {
 }
 
 TEST(Element, BaseUri) {
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    doc->setBaseUri(u"http://example.com/dir/doc.xml");
-    ZkElement* root = addElement(doc, doc, u"root");
-    ZkElement* sub = addElement(doc, root, u"sub");
-    ZkNode* text = addText(doc, sub, u"t");
+    Fixture f;
+    f.doc->setBaseUri(u"http://example.com/dir/doc.xml");
+    ZkElement* sub = addElement(f.doc, f.e, u"sub");
+    ZkNode* text = addText(f.doc, sub, u"t");
     EXPECT_EQ(utf8(text->getBaseUri()), "http://example.com/dir/doc.xml");
     sub->setAttributeNS(ZKN_NS_XML, ZkName(ZKN_xml), ZkName(ZKN_base), ZkValue(u"images/"));
-    EXPECT_EQ(utf8(sub->getBaseUri()), "http://example.com/dir/images/");
     EXPECT_EQ(utf8(text->getBaseUri()), "http://example.com/dir/images/");
-    root->setAttribute(ZkName(u"xml:base"), ZkValue(u"http://other.org/a/"));
+    f.e->setAttribute(ZkName(u"xml:base"), ZkValue(u"http://other.org/a/"));
     EXPECT_EQ(utf8(sub->getBaseUri()), "http://other.org/a/images/");
-
+    // An attribute answers for its owner element, a loose one for the document.
+    sub->setAttribute(ZkName(u"k"), ZkValue(1));
+    EXPECT_EQ(utf8(sub->getAttributeNode(ZkName(u"k"))->getBaseUri()),
+              "http://other.org/a/images/");
+    ZkPtr<ZkAttr> looseAttr = f.doc->createAttribute(ZkName(u"loose"));
+    EXPECT_EQ(utf8(looseAttr->getBaseUri()), "http://example.com/dir/doc.xml");
     // Relative, without a parent: the attribute text as it stands.
-    ZkPtr<ZkElement> loose = doc->createElement(ZkName(u"loose"));
+    ZkPtr<ZkElement> loose = f.doc->createElement(ZkName(u"loose"));
     loose->setAttribute(ZkName(u"xml:base"), ZkValue(u"rel/"));
     EXPECT_EQ(utf8(loose->getBaseUri()), "rel/");
 }
@@ -354,15 +360,11 @@ TEST(Element, TenThousandAttributesAddAndFind) {
 TEST(Element, PrefixChangeRenames) {
     ZkPtr<ZkDocument> doc(new ZkDocument());
     ZkPtr<ZkElement> element = doc->createElement(ZkName(u"fo:block"));
-    EXPECT_EQ(element->getNodeName(), ZkName(u"fo:block"));
     element->setPrefix(ZkName(u"x"));
     EXPECT_EQ(element->getNodeName(), ZkName(u"x:block"));
     element->setPrefix(ZkName());
     EXPECT_EQ(element->getNodeName(), ZkName(u"block"));
-    EXPECT_EQ(element->getFOName(), ZkName(u"block"));
-
     ZkPtr<ZkAttr> attr = doc->createAttributeNS(ZkName(u"urn:u"), ZkName(u"p"), ZkName(u"a"));
-    EXPECT_EQ(attr->getNodeName(), ZkName(u"p:a"));
     attr->setPrefix(ZkName());
     EXPECT_EQ(attr->getNodeName(), ZkName(u"a"));
     EXPECT_EQ(attr->getNamespaceUri(), ZkName(u"urn:u"));
@@ -373,15 +375,8 @@ TEST(Element, AttributeReportsElementPosition) {
     f.e->setSourceLineNumber(12);
     f.e->setSourceColumnNumber(5);
     f.e->setAttribute(ZkName(u"a"), ZkValue(1));
-    f.e->setAttribute(ZkName(u"b"), ZkValue(2));
-    ZkAttr* b = f.e->getAttributeNode(ZkName(u"b"));
-    EXPECT_EQ(b->getSourceColumnNumber(), 5);
-    ZkPtr<ZkAttr> loose = f.doc->createAttribute(ZkName(u"loose"));
-    EXPECT_EQ(loose->getSourceLineNumber(), -1);
-    f.doc->setBaseUri(u"http://example.com/x/");
-    f.e->setAttribute(ZkName(u"xml:base"), ZkValue(u"y/"));
-    EXPECT_EQ(utf8(b->getBaseUri()), "http://example.com/x/y/") << "the owner element's";
-    EXPECT_EQ(utf8(loose->getBaseUri()), "http://example.com/x/") << "the document's";
+    EXPECT_EQ(f.e->getAttributeNode(ZkName(u"a"))->getSourceColumnNumber(), 5);
+    EXPECT_EQ(f.doc->createAttribute(ZkName(u"loose"))->getSourceLineNumber(), -1);
 }
 
 TEST(Element, HeldMapAndAttributeOutliveElement) {

