@@ -222,30 +222,22 @@ TEST(ZkChar, VerticalOrientationTellingRows) {
 }
 
 TEST(ZkChar, VerticalOrientationAnswers) {
-    ZkChar::TR50Overrides overrides, empty;
-    overrides[0x4E00] = {2, 0}; // stacked only
-    overrides['A'] = {0, 64};   // mixed only
-    overrides[0x3001] = {32, 32};
-    const ZkChar::TR50Overrides* none = nullptr;
-    const auto up = ZkChar::TR50_UPRIGHT, turn = ZkChar::TR50_ROTATED;
-    // clang-format off
-    const struct { const char* what; bool mixed; UChar32 c; const ZkChar::TR50Overrides* overrides; bool flag; ZkChar::TR50Property expected; } cases[] = {
-        {"in no row", false, 0x4E00, none, false, up}, {"in no row", true, 0x4E00, none, true, up},
-        {"Latin stacked", false, 'A', none, false, up}, {"Latin mixed", true, 'A', none, false, turn},
-        {"control", false, 0x01, none, false, turn},
-        {"transformed-rotated, no flag", false, 0x3008, none, false, up}, {"transformed-rotated, flag", false, 0x3008, none, true, turn},
-        {"transformed-rotated, mixed", true, 0x30FC, none, true, turn},
-        {"transformed-upright", false, 0x3001, none, true, up}, {"class 8", false, 0x2008, none, true, up}, {"class 8 mixed", true, 0x2008, none, true, turn},
-        {"negative", false, -1, none, true, up}, {"past U+10FFFF", false, 0x110000, none, true, up},
-        {"stacked override", false, 0x4E00, &overrides, false, turn}, {"no mixed override", true, 0x4E00, &overrides, false, up},
-        {"no stacked override", false, 'A', &overrides, false, up}, {"mixed override", true, 'A', &overrides, false, ZkChar::TR50_CUSTOM},
-        {"overridden to 32, flag", false, 0x3001, &overrides, true, turn}, {"overridden to 32", false, 0x3001, &overrides, false, up},
-        {"empty overrides", true, 'A', &empty, false, turn},
-    };
-    // clang-format on
-    for (const auto& k : cases) {
-        const auto answer = k.mixed ? ZkChar::getTR50MVO(k.c, k.overrides, k.flag)
-                                    : ZkChar::getTR50SVO(k.c, k.overrides, k.flag);
-        EXPECT_EQ(answer, k.expected) << k.what << " " << hex(k.c);
+    ZkChar::TR50Overrides set, empty;
+    set[0x4E00] = {2, 0}; // stacked only
+    set['A'] = {0, 64};   // mixed only
+    set[0x3001] = {32, 32};
+    const std::map<std::string, const ZkChar::TR50Overrides*> overrides = {
+        {"none", nullptr}, {"set", &set}, {"empty", &empty}};
+    const std::map<std::string, ZkChar::TR50Property> answers = {{"upright", ZkChar::TR50_UPRIGHT},
+                                                                 {"rotated", ZkChar::TR50_ROTATED},
+                                                                 {"custom", ZkChar::TR50_CUSTOM}};
+    const auto rows = readTable(ZK_TEST_DATA_DIR "/core/vertical.tsv");
+    ASSERT_EQ(rows.size(), 20u);
+    for (const auto& row : rows) {
+        const UChar32 c = UChar32(std::strtol(row[1].c_str(), nullptr, 16));
+        const auto* given = overrides.at(row[2]);
+        const auto answer = row[0] == "mixed" ? ZkChar::getTR50MVO(c, given, row[3] == "1")
+                                              : ZkChar::getTR50SVO(c, given, row[3] == "1");
+        EXPECT_EQ(answer, answers.at(row[4])) << row[5] << " " << hex(c);
     }
 }

@@ -61,42 +61,33 @@ TEST(Error, PositionDescription) {
     }
 }
 
-TEST(Error, SetMessageUndoesGetMessage) {
+TEST(Error, SetAndAppendMessage) {
     ZkError e(5, u"Raw text.", UnicodeString(), 3, 14, UnicodeString());
     e.setMessage(e.getMessage());
-    EXPECT_EQ(e.getRawMessage(), u"Raw text.");
+    EXPECT_EQ(e.getRawMessage(), u"Raw text.") << "setMessage undoes getMessage";
     // Only an exact tail after a line feed is cut.
     e.setMessage(u"Other Line 3, Col 14, ");
     EXPECT_EQ(e.getRawMessage(), u"Other Line 3, Col 14, ");
     e.setRawMessage(u"x\nLine 3, Col 14, ");
     EXPECT_EQ(e.getRawMessage(), u"x\nLine 3, Col 14, ");
-    ZkError noPosition(5, u"a", UnicodeString(), -1, -1, UnicodeString());
-    noPosition.setMessage(u"b\n");
-    EXPECT_EQ(noPosition.getRawMessage(), u"b\n");
-}
-
-TEST(Error, AppendMessage) {
-    ZkError e;
-    e.appendMessage(UnicodeString());
-    EXPECT_TRUE(e.getRawMessage().isEmpty());
-    e.appendMessage(u"first");
-    EXPECT_EQ(e.getRawMessage(), u"first");
-    e.appendMessage(u"second");
-    EXPECT_EQ(e.getRawMessage(), u"first\nsecond");
+    ZkError plain;
+    plain.appendMessage(UnicodeString());
+    plain.appendMessage(u"first"); // no line feed before the first
+    plain.appendMessage(u"second");
+    EXPECT_EQ(plain.getRawMessage(), u"first\nsecond");
+    plain.setMessage(u"b\n");
+    EXPECT_EQ(plain.getRawMessage(), u"b\n");
 }
 
 TEST(Error, ThrowFatalError) {
-    EXPECT_NO_THROW(ZkError().throwFatalError());
-    EXPECT_NO_THROW(
-        ZkError(0x200, u"w", UnicodeString(), -1, -1, UnicodeString()).throwFatalError());
-    EXPECT_NO_THROW(
-        ZkError(0x3FF, u"i", UnicodeString(), -1, -1, UnicodeString()).throwFatalError());
+    for (unsigned short code : {0, 0x200, 0x3FF})
+        EXPECT_NO_THROW(
+            ZkError(code, u"m", UnicodeString(), -1, -1, UnicodeString()).throwFatalError());
     try {
         ZkError(0x1FF, u"fatal", UnicodeString(), 2, 3, UnicodeString()).throwFatalError();
         FAIL() << "a fatal code must throw";
     } catch (const ZkError& e) {
         EXPECT_EQ(e.getErrorCode(), 0x1FF);
-        EXPECT_EQ(e.getLineNumber(), 2);
         EXPECT_EQ(e.getColumnNumber(), 3);
     }
 }
