@@ -12,10 +12,6 @@ using namespace zkcryptotest;
 
 namespace {
 
-const char kSp800Iv[] = "000102030405060708090a0b0c0d0e0f";
-const char kSp800Plain[] = "6bc1bee22e409f96e93d7e117393172aae2d8a571e03ac9c9eb76fac45af8e51"
-                           "30c81c46a35ce411e5fbc1191a0a52eff69f2445df4f9b17ad2b417be66c3710";
-
 int bits(size_t bytes) {
     return static_cast<int>(bytes * 8);
 }
@@ -24,13 +20,15 @@ int bits(size_t bytes) {
 
 TEST(Aes, KnownAnswersInPlace) {
     const auto rows = readVectors("aes.txt", 5);
-    ASSERT_EQ(rows.size(), 7u);
+    ASSERT_EQ(rows.size(), 8u);
     onEveryPath([&] {
         for (const auto& row : rows) {
             SCOPED_TRACE(row[0] + " " + row[1]);
             const std::string &mode = row[0], &keyHex = row[1], &ivHex = row[2];
             const std::string &plainHex = row[3], &cipherHex = row[4];
-            const AES_Mode m = mode == "cbc" ? AES_MODE_CBC : AES_MODE_ECB;
+            const AES_Mode m = mode == "cbc"    ? AES_MODE_CBC
+                               : mode == "cfb1" ? AES_MODE_CFB1
+                                                : AES_MODE_ECB;
             const Bytes key = fromHex(keyHex), iv = fromHex(ivHex == "-" ? "" : ivHex);
             const unsigned char* ivp = iv.empty() ? nullptr : iv.data();
             Bytes data = fromHex(plainHex);
@@ -38,30 +36,15 @@ TEST(Aes, KnownAnswersInPlace) {
             AES_Decryption decrypt(m, key.data(), static_cast<int>(key.size()), ivp);
             const int length = bits(data.size());
             ASSERT_EQ(encrypt.blockEncrypt(data.data(), length, data.data()), length);
-            EXPECT_EQ(toHex(data), cipherHex);
+            EXPECT_EQ(toHex(data).substr(0, cipherHex.size()), cipherHex);
             ASSERT_EQ(decrypt.blockDecrypt(data.data(), length, data.data()), length);
             EXPECT_EQ(toHex(data), plainHex);
         }
     });
 }
 
-TEST(Aes, Cfb1RoundTripAndBitFeedback) {
-    onEveryPath([] {
-        const Bytes key = fromHex("2b7e151628aed2a6abf7158809cf4f3c"), iv = fromHex(kSp800Iv);
-        const Bytes plain = fromHex(kSp800Plain);
-        AES_Encryption encrypt(AES_MODE_CFB1, key.data(), 16, iv.data());
-        AES_Decryption decrypt(AES_MODE_CFB1, key.data(), 16, iv.data());
-        Bytes cipher(64), back(64);
-        ASSERT_EQ(encrypt.blockEncrypt(plain.data(), 512, cipher.data()), 512);
-        // SP 800-38A F.3.1 (CFB1-AES128): the first 16 bits of the 6bc1 message.
-        EXPECT_EQ(toHex(cipher.data(), 2), "68b3");
-        ASSERT_EQ(decrypt.blockDecrypt(cipher.data(), 512, back.data()), 512);
-        EXPECT_EQ(back, plain);
-    });
-}
-
 TEST(Aes, EveryCallStartsFromTheIvAndANullIvIsZeros) {
-    const Bytes key(16, 0x2b), zeros(16, 0), plain = fromHex(kSp800Plain);
+    const Bytes key(16, 0x2b), zeros(16, 0), plain(64, 0x6b);
     AES_Encryption withNull(AES_MODE_CBC, key.data(), 16, nullptr);
     AES_Encryption withZeros(AES_MODE_CBC, key.data(), 16, zeros.data());
     Bytes first(64), second(64), third(64);
