@@ -305,20 +305,15 @@ TEST(Element, CloneNode) {
     f.e->appendChild(pi);
 
     ZkPtr<ZkNode> shallow = f.e->cloneNode(false);
-    ASSERT_TRUE(shallow);
     ZkElement* copy = static_cast<ZkElement*>(shallow.get());
     EXPECT_TRUE(copy->isA(ZkTypeID::kElementNS)) << "a plain Element clones to an ElementNS";
     EXPECT_EQ(attrNames(copy), "a,x:b");
-    EXPECT_EQ(copy->getAttribute(ZkName(u"a")).getIntegerValue(0), 1);
+    EXPECT_EQ(treeText(copy, true), "{}e( {urn:x}b=two {}a=1)");
     EXPECT_TRUE(copy->getFlag(0x100));
-    EXPECT_FALSE(copy->hasChildNodes());
     EXPECT_NE(copy->getElementId(), f.e->getElementId());
     EXPECT_EQ(copy->getStoredSourceLineNumber(), -1);
-    EXPECT_EQ(copy->getParentNode(), nullptr);
-
-    ZkPtr<ZkNode> deep = f.e->cloneNode(true);
-    EXPECT_EQ(childNames(deep), "child") << "the instruction clones to null and is skipped";
-    EXPECT_EQ(childNames(deep->getFirstChild()), "'text'");
+    // The instruction clones to null and is skipped.
+    EXPECT_EQ(treeText(f.e->cloneNode(true), true), "{}e( {urn:x}b=two {}a=1{}child('text'))");
     EXPECT_EQ(f.doc->cloneNode(true), nullptr);
     EXPECT_EQ(pi->cloneNode(true), nullptr);
 }

