@@ -96,24 +96,15 @@ public:
             return END_DOCUMENT;
         }
         m_current = m_events[m_position++];
-        switch (m_current.kind) {
-        case Event::Start:
+        if (m_current.kind == Event::Start)
             ++m_depth;
-            return START_TAG;
-        case Event::End:
-            m_popPending = true; // an end tag reports the depth of its start tag
-            return END_TAG;
-        case Event::Text:
-            return TEXT;
-        case Event::Instruction:
-            return PROCESSING_INSTRUCTION;
-        case Event::EndDocument:
+        m_popPending = m_current.kind == Event::End; // an end tag reports its start tag's depth
+        if (m_current.kind == Event::EndDocument)
             m_position = m_events.size();
-            return END_DOCUMENT;
-        case Event::Other:
-            return 9; // a comment, which the loader has no node for
-        }
-        return END_DOCUMENT;
+        // Other stands for a comment, which the loader has no node for.
+        static const int kCodes[] = {START_TAG, TEXT, END_TAG, END_DOCUMENT, PROCESSING_INSTRUCTION,
+                                     9};
+        return kCodes[m_current.kind];
     }
     int getDepth() const override { return m_depth; }
     ZkName getNamespace() const override { return m_current.ns ? ZkName(m_current.ns) : ZkName(); }
