@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <zkcommon/dom/iterator.h>
 #include <zkcommon/dom/nodelist.h>
+#include <zkcommon/values/value.h>
 
 using namespace ZkCommonNS;
 using namespace domtest;
@@ -129,18 +130,27 @@ TEST(Loading, FullLoadRunsToTheEndAndReplacesChildren) {
     EXPECT_EQ(doc->position(), sampleEvents().size());
 }
 
-TEST(Loading, DestroyingPartlyLoadedDocumentDoesNotLoad) {
+TEST(Loading, NodesOutlivingTheirDocumentNeverReachIt) {
     // Open nodes keep their loading bit; the destructor clears it on each node before the walk
-    // reads that node's children, so it never reaches a loader that is already gone (the
+    // reads that node's children, so nothing held reaches a loader that is already gone (the
     // sanitizer build catches a call into it).
     ZkPtr<ScriptedDocument> doc = pulledDocument();
-    ZkNode* a = doc->getFirstChild()->getFirstChild();
-    ZkPtr<ZkNode> held(a);
-    EXPECT_TRUE(a->isLoading());
+    ZkPtr<ZkNode> a(doc->getFirstChild()->getFirstChild());
+    ZkPtr<ZkNode> b(a->getFirstChild()->getNextSibling());
+    ASSERT_TRUE(a->isLoading() && b->isLoading());
+    ZkPtr<ZkElement> loose = doc->createElement(ZkName(u"loose"));
     doc = nullptr;
-    EXPECT_EQ(held->getParentNode(), nullptr);
-    EXPECT_FALSE(held->isLoading()) << "cleared by the walk even on a held node";
-    EXPECT_EQ(held->getFirstChild(), nullptr);
+    EXPECT_FALSE(a->isLoading()) << "cleared by the walk even on a held node";
+    EXPECT_EQ(a->getParentNode(), nullptr);
+    EXPECT_EQ(a->getNextSibling(), nullptr);
+    EXPECT_EQ(a->getOwnerDocument(), nullptr);
+    EXPECT_EQ(b->getFirstChild(), nullptr);
+    EXPECT_EQ(b->getLastChild(), nullptr);
+    EXPECT_EQ(loose->getOwnerDocument(), nullptr);
+    EXPECT_EQ(utf8(loose->getBaseUri()), "");
+    loose->setAttribute(ZkName(u"k"), ZkValue(1)); // no document to make the attribute: ignored
+    EXPECT_FALSE(loose->hasAttributes());
+    EXPECT_EQ(loose->appendChildText(UnicodeString(u"x")), nullptr);
 }
 
 TEST(Loading, PlainDocumentLoadEndsAtOnce) {

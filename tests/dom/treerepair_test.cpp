@@ -1,5 +1,5 @@
 // Faults of the tree found in review: attributes in child operations and raw walks, walks over
-// depth as loops, nodes that outlive their document, the attribute map's precondition, and
+// depth as loops, a loader whose open node is dropped, the attribute map's precondition, and
 // application overrides of the inherited look-ups.
 #include "domtest.h"
 
@@ -155,29 +155,6 @@ TEST(TreeRepair, InheritedLookUpsAskTheNeighboursOverride) {
     EXPECT_TRUE(text->isDefaultNamespace(ZkName(u"urn:app")));
     EXPECT_EQ(utf8(text->getBaseUri()), "http://app/sub/");
     EXPECT_EQ(mid->getAttributeNode(ZkName(u"xml:base"))->getSourceLineNumber(), 77);
-}
-
-TEST(TreeRepair, NodesOutlivingTheirDocumentNeverReachIt) {
-    // <r><a><b>text ... still open when the document goes.
-    std::vector<Event> events = {{Event::Start, u"r"}, {Event::Start, u"a"}, {Event::Start, u"b"},
-                                 {Event::Text, u"t"},  {Event::End},         {Event::End},
-                                 {Event::End}};
-    ZkPtr<ScriptedDocument> doc(new ScriptedDocument(events));
-    doc->startPull();
-    ZkPtr<ZkNode> a(doc->getFirstChild()->getFirstChild());
-    ZkPtr<ZkNode> b(a->getFirstChild());
-    ASSERT_TRUE(b->isLoading());
-    ZkPtr<ZkElement> loose = doc->createElement(ZkName(u"loose"));
-    doc = nullptr;
-    EXPECT_EQ(b->getFirstChild(), nullptr);
-    EXPECT_EQ(b->getLastChild(), nullptr);
-    EXPECT_EQ(a->getNextSibling(), nullptr);
-    EXPECT_EQ(a->getOwnerDocument(), nullptr);
-    EXPECT_EQ(loose->getOwnerDocument(), nullptr);
-    EXPECT_EQ(utf8(loose->getBaseUri()), "");
-    loose->setAttribute(ZkName(u"k"), ZkValue(1)); // no document to make the attribute: ignored
-    EXPECT_FALSE(loose->hasAttributes());
-    EXPECT_EQ(loose->appendChildText(UnicodeString(u"x")), nullptr);
 }
 
 TEST(TreeRepair, LoaderSurvivesItsOpenNodeBeingDropped) {
