@@ -226,62 +226,58 @@ TEST(Element, CreateAttributePrefixRules) {
 
 TEST(Element, NamespaceLookups) {
     ZkPtr<ZkDocument> doc(new ZkDocument());
-    const ZkName fo(ZKN_NS_XSL_FO);
-    const ZkName svg(ZKN_NS_SVG);
-    ZkPtr<ZkElement> root = doc->createElementNS(fo, ZkName(u"fo"), ZkName(u"root"));
+    const ZkName fo(ZKN_NS_XSL_FO), svg(ZKN_NS_SVG), other(u"urn:other"), none, pfo(u"fo");
+    ZkPtr<ZkElement> root = doc->createElementNS(fo, pfo, ZkName(u"root"));
     doc->appendChild(root);
-    root->setAttributeXMLNS(fo, ZkName(u"fo"));
+    root->setAttributeXMLNS(fo, pfo);
     root->setAttributeXMLNS(svg, ZkName());
     ZkElement* plain = addElement(doc, root, u"fo:block");
     ZkElement* unprefixed = addElement(doc, plain, u"circle");
     ZkNode* text = addText(doc, unprefixed, u"t");
-
-    EXPECT_EQ(root->lookupNamespaceUri(ZkName(u"fo")), fo);
-    EXPECT_EQ(root->lookupNamespaceUri(ZkName()), svg);
-    EXPECT_EQ(plain->getNamespaceUri(), fo) << "a plain Element asks the tree";
-    EXPECT_EQ(unprefixed->getNamespaceUri(), svg);
-    EXPECT_EQ(text->lookupNamespaceUri(ZkName(u"fo")), fo);
-    EXPECT_EQ(doc->lookupNamespaceUri(ZkName(u"fo")), fo);
-    EXPECT_TRUE(doc->lookupNamespaceUri(ZkName(u"nope")).isEmpty());
-    EXPECT_EQ(root->getAttributeXMLNS(ZkName(u"fo")), fo);
-    EXPECT_EQ(root->getAttributeXMLNS(ZkName()), svg);
-    EXPECT_TRUE(root->getAttributeXMLNS(ZkName(u"zz")).isEmpty());
-
-    EXPECT_EQ(unprefixed->lookupPrefix(fo), ZkName(u"fo"));
-    EXPECT_TRUE(unprefixed->lookupPrefix(svg).isEmpty()) << "a default namespace has no prefix";
-    EXPECT_EQ(text->lookupPrefix(fo), ZkName(u"fo"));
-    EXPECT_TRUE(unprefixed->isDefaultNamespace(svg));
-    EXPECT_FALSE(unprefixed->isDefaultNamespace(fo));
-    EXPECT_TRUE(plain->isDefaultNamespace(svg)) << "a prefixed element asks its parent";
-    EXPECT_TRUE(doc->isDefaultNamespace(svg));
-
     // An inner declaration hides the outer one for the prefix search.
     ZkElement* inner = addElement(doc, unprefixed, u"inner");
-    inner->setAttributeXMLNS(ZkName(u"urn:other"), ZkName(u"fo"));
-    EXPECT_TRUE(inner->lookupPrefix(fo).isEmpty());
-    EXPECT_EQ(inner->lookupNamespaceUri(ZkName(u"fo")), ZkName(u"urn:other"));
+    inner->setAttributeXMLNS(other, pfo);
+    ZkAttr* xmlnsAttr = root->getAttributeNodeNS(ZKN_NS_XMLNS, ZkName(ZKN_xmlns));
+    ZkPtr<ZkAttr> loose = doc->createAttribute(ZkName(u"loose"));
+    ZkPtr<ZkNode> fragment = doc->createDocumentFragment();
+    // clang-format off
+    const struct { const char* what; const ZkNode* node; ZkName prefix, uri; } uris[] = {
+        {"root fo", root, pfo, fo}, {"root default", root, none, svg}, {"text", text, pfo, fo}, {"document", doc, pfo, fo},
+        {"undeclared", doc, ZkName(u"nope"), none}, {"inner", inner, pfo, other}, {"xmlns attribute", xmlnsAttr, none, svg},
+        {"loose attribute", loose, pfo, none}, {"fragment", fragment, pfo, none},
+    };
+    const struct { const char* what; const ZkNode* node; ZkName uri, prefix; } prefixes[] = {
+        {"fo", unprefixed, fo, pfo}, {"a default namespace has no prefix", unprefixed, svg, none}, {"text", text, fo, pfo},
+        {"hidden by an inner declaration", inner, fo, none},
+    };
+    const struct { const char* what; const ZkNode* node; ZkName uri; bool expected; } defaults[] = {
+        {"unprefixed", unprefixed, svg, true}, {"unprefixed fo", unprefixed, fo, false},
+        {"a prefixed element asks its parent", plain, svg, true}, {"document", doc, svg, true}, {"fragment", fragment, svg, false},
+    };
+    // clang-format on
+    for (const auto& k : uris)
+        EXPECT_EQ(k.node->lookupNamespaceUri(k.prefix), k.uri) << k.what;
+    for (const auto& k : prefixes)
+        EXPECT_EQ(k.node->lookupPrefix(k.uri), k.prefix) << k.what;
+    for (const auto& k : defaults)
+        EXPECT_EQ(k.node->isDefaultNamespace(k.uri), k.expected) << k.what;
+    EXPECT_EQ(plain->getNamespaceUri(), fo) << "a plain Element asks the tree";
+    EXPECT_EQ(unprefixed->getNamespaceUri(), svg);
+    EXPECT_EQ(root->getAttributeXMLNS(pfo), fo);
+    EXPECT_EQ(root->getAttributeXMLNS(ZkName()), svg);
+    EXPECT_TRUE(root->getAttributeXMLNS(ZkName(u"zz")).isEmpty());
 
     // Element follows declarations as they change; ElementNS keeps its own.
     ZkElement* mid = addElement(doc, plain, u"mid");
     ZkElement* deepPlain = addElement(doc, mid, u"fo:deep");
-    ZkPtr<ZkElement> ns = doc->createElementNS(fo, ZkName(u"fo"), ZkName(u"flow"));
+    ZkPtr<ZkElement> ns = doc->createElementNS(fo, pfo, ZkName(u"flow"));
     mid->appendChild(ns);
     EXPECT_EQ(deepPlain->getNamespaceUri(), fo);
-    mid->setAttributeXMLNS(ZkName(u"urn:changed"), ZkName(u"fo"));
+    mid->setAttributeXMLNS(ZkName(u"urn:changed"), pfo);
     EXPECT_EQ(deepPlain->getNamespaceUri(), ZkName(u"urn:changed"));
     EXPECT_EQ(ns->getNamespaceUri(), fo);
-    mid->removeAttributeXMLNS(ZkName(u"fo"));
+    mid->removeAttributeXMLNS(pfo);
     EXPECT_EQ(deepPlain->getNamespaceUri(), fo) << "the root's own name binds the prefix";
-
-    // Attributes and scopeless kinds.
-    ZkAttr* xmlnsAttr = root->getAttributeNodeNS(ZKN_NS_XMLNS, ZkName(ZKN_xmlns));
-    ASSERT_NE(xmlnsAttr, nullptr);
-    EXPECT_EQ(xmlnsAttr->lookupNamespaceUri(ZkName()), svg);
-    ZkPtr<ZkAttr> loose = doc->createAttribute(ZkName(u"loose"));
-    EXPECT_TRUE(loose->lookupNamespaceUri(ZkName(u"fo")).isEmpty());
-    ZkPtr<ZkNode> fragment = doc->createDocumentFragment();
-    EXPECT_TRUE(fragment->lookupNamespaceUri(ZkName(u"fo")).isEmpty());
-    EXPECT_FALSE(fragment->isDefaultNamespace(svg));
 }
 
 TEST(Element, AttrNSUriFromPrefix) {
