@@ -142,11 +142,9 @@ TEST(DocumentLoad, XIncludePushesStreamsAndReportsProblems) {
     }
 }
 
-// clang-format off
 TEST(DocumentLoad, UnplaceableEventRaises) {
-    ZkPtr<ScriptedDocument> doc(new ScriptedDocument({
-        {Event::Start, u"root"}, {Event::Other}, {Event::End},
-    }));
+    ZkPtr<ScriptedDocument> doc(
+        new ScriptedDocument({{Event::Start, u"root"}, {Event::Other}, {Event::End}}));
     doc->startPull();
     ZkNode* root = doc->getFirstChild();
     EXPECT_EQ(errorOf([&] { root->getFirstChild(); }),
@@ -154,13 +152,10 @@ TEST(DocumentLoad, UnplaceableEventRaises) {
     EXPECT_TRUE(root->isLoading()) << "the tree keeps what was built, still open";
     EXPECT_EQ(root->getFirstChildFast(), nullptr);
 }
-// clang-format on
 
-// clang-format off
 TEST(DocumentLoad, TruncatedInputEndsTheLoad) {
-    ZkPtr<ScriptedDocument> doc(new ScriptedDocument({
-        {Event::Start, u"root"}, {Event::Start, u"open"}, {Event::Text, u"cut"},
-    }));
+    ZkPtr<ScriptedDocument> doc(new ScriptedDocument(
+        {{Event::Start, u"root"}, {Event::Start, u"open"}, {Event::Text, u"cut"}}));
     doc->startPull();
     ZkNode* root = doc->getFirstChild();
     EXPECT_EQ(nameOf(root->getLastChild()), "open") << "the getters end at the end of input";
@@ -168,7 +163,6 @@ TEST(DocumentLoad, TruncatedInputEndsTheLoad) {
     EXPECT_TRUE(root->isLoading()) << "only the innermost open node was finished";
     EXPECT_EQ(root->getNextSibling(), nullptr);
 }
-// clang-format on
 
 TEST(DocumentLoad, SourceCanBeReplacedAndRemoved) {
     ZkPtr<ScriptedDocument> doc(new ScriptedDocument({{Event::Start, u"a"}, {Event::End}}));

@@ -107,15 +107,11 @@ TEST(Element, AttributeMapItems) {
     EXPECT_TRUE(f.e->getAttribute(ZkName(u"nothing")).isNull()) << "empty, not an error";
 }
 
-TEST(Element, SetAttributeNSSilentCases) {
+TEST(Element, SetAttributeNSNewPrefixKeepsPlace) {
     Fixture f;
     f.e->setAttributeNS(ZkName(u"urn:x"), ZkName(u"p"), ZkName(), ZkValue(1));
     f.e->setAttributeNS(ZkName(), ZkName(u"p"), ZkName(u"local"), ZkValue(1));
-    EXPECT_FALSE(f.e->hasAttributes());
-}
-
-TEST(Element, SetAttributeNSNewPrefixKeepsPlace) {
-    Fixture f;
+    EXPECT_FALSE(f.e->hasAttributes()) << "no local name, or a prefix without a URI";
     const ZkName uri(u"urn:example");
     f.e->setAttributeNS(uri, ZkName(u"p"), ZkName(u"one"), ZkValue(1));
     f.e->setAttribute(ZkName(u"two"), ZkValue(2));
@@ -222,6 +218,12 @@ TEST(Element, CreateAttributePrefixRules) {
     ZkPtr<ZkAttr> split = f.doc->createAttributeNS(ZkName(u"u"), ZkName(u"p:a"));
     EXPECT_EQ(utf8(split->getNodeName().toString()), "p:a");
     EXPECT_EQ(utf8(split->getLocalName().toString()), "a");
+    // A namespaced attribute without a URI takes it from its prefix once it has an owner.
+    f.e->setAttributeXMLNS(ZkName(u"urn:p"), ZkName(u"p"));
+    ZkPtr<ZkAttr> attr = f.doc->createAttributeNS(ZkName(), ZkName(u"p"), ZkName(u"x"));
+    EXPECT_TRUE(attr->getNamespaceUri().isEmpty()) << "no owner, nothing declared";
+    static_cast<AttrNodeMap*>(f.e->getAttributes())->addNode(attr);
+    EXPECT_EQ(attr->getNamespaceUri(), ZkName(u"urn:p"));
 }
 
 TEST(Element, NamespaceLookups) {
@@ -280,15 +282,6 @@ TEST(Element, NamespaceLookups) {
     EXPECT_EQ(deepPlain->getNamespaceUri(), fo) << "the root's own name binds the prefix";
 }
 
-TEST(Element, AttrNSUriFromPrefix) {
-    Fixture f;
-    f.e->setAttributeXMLNS(ZkName(u"urn:p"), ZkName(u"p"));
-    ZkPtr<ZkAttr> attr = f.doc->createAttributeNS(ZkName(), ZkName(u"p"), ZkName(u"x"));
-    EXPECT_TRUE(attr->getNamespaceUri().isEmpty()) << "no owner, nothing declared";
-    static_cast<AttrNodeMap*>(f.e->getAttributes())->addNode(attr);
-    EXPECT_EQ(attr->getNamespaceUri(), ZkName(u"urn:p"));
-}
-
 TEST(Element, CloneNode) {
     Fixture f;
     f.e->setAttribute(ZkName(u"a"), ZkValue(1));
@@ -334,6 +327,12 @@ TEST(Element, BaseUri) {
     ZkPtr<ZkElement> loose = f.doc->createElement(ZkName(u"loose"));
     loose->setAttribute(ZkName(u"xml:base"), ZkValue(u"rel/"));
     EXPECT_EQ(utf8(loose->getBaseUri()), "rel/");
+    // An attribute reports its element's position.
+    f.e->setSourceLineNumber(12);
+    f.e->setSourceColumnNumber(5);
+    f.e->setAttribute(ZkName(u"a"), ZkValue(1));
+    EXPECT_EQ(f.e->getAttributeNode(ZkName(u"a"))->getSourceColumnNumber(), 5);
+    EXPECT_EQ(f.doc->createAttribute(ZkName(u"loose"))->getSourceLineNumber(), -1);
 }
 
 TEST(Element, TenThousandAttributesAddAndFind) {
@@ -359,15 +358,6 @@ TEST(Element, PrefixChangeRenames) {
     attr->setPrefix(ZkName());
     EXPECT_EQ(attr->getNodeName(), ZkName(u"a"));
     EXPECT_EQ(attr->getNamespaceUri(), ZkName(u"urn:u"));
-}
-
-TEST(Element, AttributeReportsElementPosition) {
-    Fixture f;
-    f.e->setSourceLineNumber(12);
-    f.e->setSourceColumnNumber(5);
-    f.e->setAttribute(ZkName(u"a"), ZkValue(1));
-    EXPECT_EQ(f.e->getAttributeNode(ZkName(u"a"))->getSourceColumnNumber(), 5);
-    EXPECT_EQ(f.doc->createAttribute(ZkName(u"loose"))->getSourceLineNumber(), -1);
 }
 
 TEST(Element, HeldMapAndAttributeOutliveElement) {
