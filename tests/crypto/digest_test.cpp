@@ -62,7 +62,7 @@ TEST(Digest, StandardVectorsWholeAndInPieces) {
     });
 }
 
-TEST(Digest, CopyForksTheComputation) {
+TEST(Digest, CopyForksAndFinalStartsOver) {
     SHA256_CTX prefix;
     prefix.Update(bytes("ab"), 2);
     SHA256_CTX fork = prefix;
@@ -73,9 +73,7 @@ TEST(Digest, CopyForksTheComputation) {
     fork.Final(b);
     EXPECT_EQ(toHex(a, 32), digest("sha256", "abc"));
     EXPECT_EQ(toHex(b, 32), digest("sha256", "abd"));
-}
-
-TEST(Digest, FinalStartsOverAndNullAddsNothing) {
+    // Final starts over; a null pointer adds nothing.
     MD5_CTX md5;
     SHA384_CTX sha384;
     unsigned char out[48];
