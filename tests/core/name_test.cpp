@@ -26,8 +26,7 @@ std::vector<std::string> readNameList() {
 } // namespace
 
 TEST(NameTable, BuiltinCountAndBoundaries) {
-    EXPECT_EQ(ZKN_BUILTIN_LAST, 3665);
-    EXPECT_EQ(kFirstDynamicName, 3666);
+    EXPECT_EQ(kFirstDynamicName, ZKN_BUILTIN_LAST + 1);
     EXPECT_TRUE(ZkNameTable::getBuiltinNameString(ZkNameEnum(0)).isEmpty());
     EXPECT_TRUE(ZkNameTable::getBuiltinNameString(ZkNameEnum(-1)).isEmpty());
     EXPECT_TRUE(ZkNameTable::getBuiltinNameString(ZkNameEnum(3666)).isEmpty());

@@ -359,21 +359,3 @@ TEST(Element, PrefixChangeRenames) {
     EXPECT_EQ(attr->getNodeName(), ZkName(u"a"));
     EXPECT_EQ(attr->getNamespaceUri(), ZkName(u"urn:u"));
 }
-
-TEST(Element, HeldMapAndAttributeOutliveElement) {
-    ZkPtr<ZkNamedNodeMap> map;
-    ZkPtr<ZkAttr> attr;
-    {
-        ZkPtr<ZkDocument> doc(new ZkDocument());
-        ZkPtr<ZkElement> element = doc->createElement(ZkName(u"e"));
-        element->setAttribute(ZkName(u"a"), ZkValue(1));
-        element->setAttribute(ZkName(u"b"), ZkValue(2));
-        map = element->getAttributes();
-        attr = element->getAttributeNode(ZkName(u"b"));
-    }
-    EXPECT_EQ(attr->getOwnerElement(), nullptr);
-    EXPECT_EQ(attr->getValue().getIntegerValue(0), 2);
-    EXPECT_EQ(map->getCount(), 0);
-    EXPECT_EQ(map->getFirstNode(), nullptr);
-    EXPECT_EQ(map->getNamedItem(ZkName(u"a")), nullptr);
-}
