@@ -92,7 +92,10 @@ TEST(Element, AttrValueCarriesNoName) {
     EXPECT_EQ(attr->getValue().getIntegerValue(0), 7);
     attr->setText(u"z");
     EXPECT_EQ(utf8(attr->getNodeValue().toString()), "z");
+    attr->setNodeValue(ZkValue(u"y"));
+    EXPECT_EQ(utf8(attr->getText()), "y");
     EXPECT_EQ(attr->getParentNode(), nullptr);
+    EXPECT_EQ(attr->getNextSibling(), nullptr);
 }
 
 TEST(Element, AttributeMapItems) {
@@ -335,6 +338,24 @@ TEST(Element, BaseUri) {
     EXPECT_EQ(f.doc->createAttribute(ZkName(u"loose"))->getSourceLineNumber(), -1);
 }
 
+TEST(Element, CssDebugSlot) {
+    struct Block : ZkCssDebugBlock {
+        int getDeclarationCount() const override { return 1; }
+        const ZkCssDeclarationDebugInfo* getDeclaration(int) const override {
+            return reinterpret_cast<const ZkCssDeclarationDebugInfo*>(this);
+        }
+        int getVariableCount() const override { return 0; }
+        const ZkCssDeclarationDebugInfo* getVariable(int) const override { return nullptr; }
+    };
+    Fixture f;
+    EXPECT_EQ(f.e->getCssDeclaration(0), nullptr);
+    f.e->setCssDebugBlock(std::make_unique<Block>());
+    EXPECT_NE(f.e->getCssDeclaration(0), nullptr);
+    EXPECT_EQ(f.e->getCssDeclaration(1), nullptr);
+    EXPECT_EQ(f.e->getCssDeclaration(-1), nullptr);
+    EXPECT_EQ(f.e->getCssVariable(0), nullptr);
+}
+
 TEST(Element, TenThousandAttributesAddAndFind) {
     Fixture f;
     auto name = [](int i) { return ZkName(UnicodeString::fromUTF8("attr-" + std::to_string(i))); };
@@ -354,6 +375,7 @@ TEST(Element, PrefixChangeRenames) {
     EXPECT_EQ(element->getNodeName(), ZkName(u"x:block"));
     element->setPrefix(ZkName());
     EXPECT_EQ(element->getNodeName(), ZkName(u"block"));
+    EXPECT_EQ(element->getFOName(), ZkName(u"block"));
     ZkPtr<ZkAttr> attr = doc->createAttributeNS(ZkName(u"urn:u"), ZkName(u"p"), ZkName(u"a"));
     attr->setPrefix(ZkName());
     EXPECT_EQ(attr->getNodeName(), ZkName(u"a"));

@@ -191,7 +191,7 @@ TEST(NodeIterator, CursorSemantics) {
     ZkNodeIterator empty, nullIterable(static_cast<const ZkNodeIterable*>(nullptr));
     EXPECT_EQ(empty.nextNode(), nullptr);
     EXPECT_EQ(empty.previousNode(), nullptr);
-    EXPECT_FALSE(nullIterable.hasNextNode());
+    EXPECT_FALSE(nullIterable.hasNextNode() || nullIterable.hasPreviousNode());
 
     ZkNodeIterator viaNode = root->getIterator();
     EXPECT_EQ(viaNode.nextNode(), a);
@@ -215,6 +215,7 @@ TEST(NodeList, ChildNodeListIsLive) {
     EXPECT_EQ(list->item(2), nullptr);
     EXPECT_EQ(list->item(-1), nullptr);
     EXPECT_EQ(list->getNextNode(a), b);
+    EXPECT_EQ(list->getLastNode(), b);
     EXPECT_EQ(list->getPreviousNode(b), a);
     EXPECT_EQ(list->getNextNode(nullptr), nullptr);
 }

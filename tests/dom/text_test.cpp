@@ -16,6 +16,8 @@ TEST(TextNode, ValueAndCloneKeepBidiLevelAndFlags) {
     ZkPtr<ZkDocument> doc(new ZkDocument());
     ZkPtr<ZkTextNode> text = doc->createTextNode(u"h\u00e9llo \U0001F600");
     EXPECT_EQ(text->getLength(), 8) << "UTF-16 units";
+    EXPECT_EQ(text->getLocalName(), ZKN_H_text);
+    EXPECT_TRUE(text->getNodeValue().isString());
     text->setNodeValue(ZkValue(42));
     EXPECT_EQ(utf8(text->getData()), "42") << "setting a value works on text";
     EXPECT_FALSE(text->isBidiDone());
@@ -60,6 +62,7 @@ TEST(ProcessingInstruction, PseudoAttributesValueAndClone) {
 TEST(Document, BaseUriAndNodeKinds) {
     ZkPtr<ZkDocument> doc(new ZkDocument());
     EXPECT_FALSE(doc->isBaseUriSpecified());
+    EXPECT_EQ(doc->getOwnerDocument(), nullptr);
     doc->setBaseUri(u"http://example.com/base/doc.fo");
     EXPECT_TRUE(doc->isBaseUriSpecified());
     EXPECT_EQ(utf8(doc->getDocumentUri()), "http://example.com/base/doc.fo");
