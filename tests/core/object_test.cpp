@@ -70,19 +70,11 @@ TEST(Ptr, OwnsOneReference) {
 TEST(TypeID, IsAFollowsTheChain) {
     int deaths = 0;
     Counted object(&deaths);
-    EXPECT_EQ(object.getTypeID(), 0x12345678u);
-    EXPECT_EQ(Counted::getStaticTypeID(), 0x12345678u);
-    EXPECT_TRUE(object.isA(0x12345678u));
+    EXPECT_TRUE(object.isA(Counted::getStaticTypeID()));
     EXPECT_TRUE(object.isA(ZkTypeID::kRCObject));
     EXPECT_TRUE(object.isA(ZkTypeID::kObjectBase));
     EXPECT_FALSE(object.isA(ZkTypeID::kNameTable));
     EXPECT_EQ(object.getTypeName(), u"Counted");
-
-    ZkNameTable table;
-    EXPECT_EQ(table.getTypeID(), 0xDF2E12FAu);
-    EXPECT_TRUE(table.isA(0xD18D040Au));
-    EXPECT_TRUE(table.isA(0xDF537371u));
-    EXPECT_EQ(table.getTypeName(), u"ZkNameTable");
 }
 
 TEST(Lock, RecursiveAndShared) {

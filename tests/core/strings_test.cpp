@@ -10,33 +10,29 @@
 using namespace ZkCommonNS;
 
 TEST(ZkStrings, SharedEmptyAndBogus) {
+    // The getters make theirs on first use, ready even for another static initialiser.
     EXPECT_TRUE(ZkEmptyString::getEmptyString().isEmpty());
     EXPECT_FALSE(ZkEmptyString::getEmptyString().isBogus());
     EXPECT_TRUE(ZkBogusString::getBogusString().isBogus());
-    // The getters are made on first use, ready even for another static initialiser.
-    EXPECT_TRUE(ZkEmptyString::EMPTY_VALUE.isEmpty());
-    EXPECT_TRUE(ZkBogusString::BOGUS_VALUE.isBogus());
+    EXPECT_TRUE(ZkEmptyString::EMPTY_VALUE.isEmpty() && ZkBogusString::BOGUS_VALUE.isBogus());
 }
 
-TEST(ZkCStr, GivesUtf8ByDefault) {
-    ZkCStr text(UnicodeString(u"/tmp/\u65E5\u672C.txt"));
-    EXPECT_STREQ(text.c_str(), "/tmp/\xE6\x97\xA5\xE6\x9C\xAC.txt");
-    EXPECT_EQ(text.length8(), 15);
-    EXPECT_EQ(text.getEncoding(), "UTF-8");
-}
-
-TEST(ZkCStr, NamedEncoding) {
-    ZkCStr text(UnicodeString(u"caf\u00E9"), "ISO-8859-1");
-    EXPECT_STREQ(text.c_str(), "caf\xE9");
-    ZkCStr sjis(UnicodeString(u"\u3042"), "Shift_JIS");
-    EXPECT_STREQ(sjis.c_str(), "\x82\xA0");
-    ZkCStr back("\x82\xA0", "Shift_JIS");
-    EXPECT_EQ(back, UnicodeString(u"\u3042"));
-}
-
-TEST(ZkCStr, UnknownEncodingFallsBackToUtf8) {
-    ZkCStr text(UnicodeString(u"\u00E9"), "no-such-encoding");
-    EXPECT_STREQ(text.c_str(), "\xC3\xA9");
+TEST(ZkCStr, EncodesInTheNamedEncodingOrUtf8) {
+    // clang-format off
+    const struct { const char16_t* text; const char* encoding; const char* bytes; bool back; } cases[] = {
+        {u"/tmp/\u65E5\u672C.txt", nullptr, "/tmp/\xE6\x97\xA5\xE6\x9C\xAC.txt", true}, {u"caf\u00E9", "ISO-8859-1", "caf\xE9", true},
+        {u"\u3042", "Shift_JIS", "\x82\xA0", true}, {u"\u00E9", "no-such-encoding", "\xC3\xA9", false}, // falls back to UTF-8
+    };
+    // clang-format on
+    for (const auto& k : cases) {
+        const ZkCStr text(UnicodeString(k.text), k.encoding);
+        EXPECT_STREQ(text.c_str(), k.bytes);
+        EXPECT_EQ(text.length8(), int(std::strlen(k.bytes)));
+        if (k.back) {
+            EXPECT_EQ(ZkCStr(k.bytes, k.encoding ? k.encoding : "UTF-8"), UnicodeString(k.text));
+        }
+    }
+    EXPECT_EQ(ZkCStr(UnicodeString(u"x")).getEncoding(), "UTF-8");
 }
 
 TEST(ZkCStr, BytesFollowChangesOfTheText) {

@@ -2,6 +2,7 @@
 #ifndef ZKCOMMON_TESTS_CRYPTO_CRYPTOTEST_H
 #define ZKCOMMON_TESTS_CRYPTO_CRYPTOTEST_H
 
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -33,6 +34,25 @@ inline Bytes fromHex(const std::string& text) {
 
 inline Bytes fromText(const std::string& text) {
     return Bytes(text.begin(), text.end());
+}
+
+/// The lines of the data file `name` under tests/data/crypto, blank and "#" lines skipped, split
+/// at single blanks into at most `fields` fields (the last keeps the rest of the line).
+inline std::vector<std::vector<std::string>> readVectors(const std::string& name, size_t fields) {
+    std::ifstream in(ZK_TEST_DATA_DIR "/crypto/" + name);
+    std::vector<std::vector<std::string>> rows;
+    for (std::string line; std::getline(in, line);) {
+        if (line.empty() || line[0] == '#')
+            continue;
+        std::vector<std::string> row;
+        size_t start = 0;
+        for (size_t blank; row.size() + 1 < fields && (blank = line.find(' ', start)) != line.npos;
+             start = blank + 1)
+            row.push_back(line.substr(start, blank - start));
+        row.push_back(line.substr(start));
+        rows.push_back(row);
+    }
+    return rows;
 }
 
 /// Runs `check` with the processor's accelerated code (where it has any) and with the portable

@@ -1,5 +1,5 @@
 // The document's load forms over the pull parser: pull mode, loads into an element, loadXml,
-// XInclude, abort, refused elements and what an error leaves behind.
+// XInclude and what an error leaves behind.
 #include "domtest.h"
 
 #include <gtest/gtest.h>
@@ -19,17 +19,6 @@ std::string saved(ZkDocument* doc, ZkNode* root = nullptr) {
     return utf8(doc->saveXml(root));
 }
 
-// A document that refuses elements named "skip".
-class RefusingDocument : public ZkDocument {
-public:
-    ZkPtr<ZkElement> createElementNS(ZkName uri, ZkName prefix, ZkName local) override {
-        if (local == ZkName(u"skip"))
-            return ZkPtr<ZkElement>();
-        return ZkDocument::createElementNS(uri, prefix, local);
-    }
-    using ZkDocument::createElementNS;
-};
-
 } // namespace
 
 TEST(DocumentParse, PullModeLoadsOnDemand) {
@@ -39,18 +28,11 @@ TEST(DocumentParse, PullModeLoadsOnDemand) {
     doc->load(in, nullptr, UnicodeString(u"file:///data/a.xml"));
     EXPECT_EQ(utf8(doc->getDocumentUri()), "file:///data/a.xml");
     EXPECT_EQ(doc->getFirstChildFast(), nullptr);
-    EXPECT_TRUE(doc->isLoading());
     ZkNode* a = doc->getFirstChild();
-    ASSERT_NE(a, nullptr);
-    EXPECT_EQ(nameOf(a), "a");
     EXPECT_EQ(a->getFirstChildFast(), nullptr); // one step loads one node
-    EXPECT_EQ(nameOf(a->getFirstChild()), "b");
     EXPECT_EQ(nameOf(a->getLastChild()), "'two'");
-    EXPECT_FALSE(a->isLoading());
     EXPECT_EQ(childNames(a), "b,c,'two'");
-    EXPECT_EQ(doc->getLastChild(), a);
     EXPECT_FALSE(doc->isLoading());
-    EXPECT_EQ(doc->getLastLoadingNode(), nullptr);
 }
 
 TEST(DocumentParse, LoadIntoAnElementAndFromText) {
@@ -81,26 +63,6 @@ TEST(DocumentParse, XInclude) {
               "a &lt; b &amp; c<tail/></doc>");
 }
 
-TEST(DocumentParse, RefusedElementsAreSkipped) {
-    ZkPtr<RefusingDocument> doc(new RefusingDocument());
-    doc->loadXml(UnicodeString(u"<a><skip><b/>text<skip/></skip><c/></a>"));
-    EXPECT_EQ(saved(doc, doc->getDocumentElement()), "<a><c/></a>");
-}
-
-TEST(DocumentParse, AbortEndsThePull) {
-    std::istringstream in("<a><b/><c/><d/></a>");
-    ZkPtr<ZkDocument> doc(new ZkDocument());
-    doc->setPullMode(true);
-    doc->load(in, nullptr, UnicodeString());
-    ZkNode* a = doc->getFirstChild();
-    a->getFirstChild();
-    doc->abort();
-    EXPECT_EQ(doc->loadNextNode(), nullptr);
-    EXPECT_EQ(childNames(a), "b");
-    EXPECT_EQ(nameOf(a->getLastChild()), "b");
-    EXPECT_TRUE(a->isLoading()); // open nodes keep their bit
-}
-
 TEST(DocumentParse, ErrorsLeaveWhatWasBuilt) {
     std::istringstream in("<a><b>text</a>");
     ZkPtr<ZkDocument> doc(new ZkDocument());
@@ -116,12 +78,8 @@ TEST(DocumentParse, ErrorsLeaveWhatWasBuilt) {
     EXPECT_EQ(childNames(a->getFirstChildFast()), "'text'");
     EXPECT_TRUE(a->isLoading());
     // A missing file raises 67 from the load itself.
-    try {
-        doc->load(UnicodeString::fromUTF8(kData + "missing.xml"));
-        FAIL() << "a missing file loaded";
-    } catch (const ZkError& e) {
-        EXPECT_EQ(e.getErrorCode(), 67);
-    }
+    EXPECT_EQ(errorOf([&] { doc->load(UnicodeString::fromUTF8(kData + "missing.xml")); }),
+              "67 SYSTEM ERROR: Cannot open file.");
     // loadXml lets go of its stream after an error: the next load starts clean.
     EXPECT_THROW(doc->loadXml(UnicodeString(u"<a><b></a>")), ZkError);
     EXPECT_EQ(doc->loadNextNode(), nullptr);
@@ -131,10 +89,8 @@ TEST(DocumentParse, ErrorsLeaveWhatWasBuilt) {
 
 TEST(DocumentParse, ParserAndSourceReplaceEachOther) {
     ZkPtr<ZkDocument> doc(new ZkDocument());
-    EXPECT_EQ(static_cast<const ZkDocument*>(doc.get())->getParser(), nullptr);
-    ZkXmlParser* parser = doc->getParser();
-    ASSERT_NE(parser, nullptr);
-    EXPECT_NE(doc->getLoadSource(), nullptr);
+    EXPECT_EQ(static_cast<const ZkDocument*>(doc.get())->getParser(), nullptr) << "made on use";
+    EXPECT_NE(doc->getParser(), nullptr);
     // A parser given with its input set loads through load().
     ZkPtr<ZkXmlParser> mine = ZkXmlParser::createXmlParser();
     std::istringstream in("<mine/>");

@@ -5,13 +5,19 @@
 #include "support.h"
 
 #include <array>
+#include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
+#include <zkcommon/core/error.h>
 #include <zkcommon/dom/document.h>
 #include <zkcommon/dom/element.h>
+#include <zkcommon/dom/iterator.h>
 #include <zkcommon/dom/loadsource.h>
+#include <zkcommon/dom/namednodemap.h>
 #include <zkcommon/dom/text.h>
+#include <zkcommon/values/value.h>
 #include <zkcommon/xml/xmlutil.h>
 
 namespace domtest {
@@ -24,6 +30,44 @@ inline std::string nameOf(const ZkNode* node) {
     if (node->isText())
         return "'" + utf8(node->getText()) + "'";
     return utf8(node->getNodeName().toString());
+}
+
+/// The tree below `root` as text: elements as name(...), texts quoted (adjacent ones joined),
+/// instructions as <?target>. The `full` form names elements {namespace}local with their
+/// attributes sorted (namespace declarations left out), and instructions carry their data.
+inline std::string treeText(const ZkNode* root, bool full = false) {
+    std::string out, text;
+    auto qualified = [](const ZkNode* node) {
+        return "{" + utf8(node->getNamespaceUri().toString()) + "}" +
+               utf8(node->getLocalName().toString());
+    };
+    ZkTreeIterator walk(root, nullptr, false, ZkTreeIterator::PRE_AND_POST_ORDER);
+    while (ZkNode* node = walk.nextNode()) {
+        if (node->isText()) {
+            text += utf8(node->getText());
+            continue;
+        }
+        out += text.empty() ? "" : "'" + text + "'";
+        text.clear();
+        if (node->isProcessingInstruction()) {
+            out += "<?" + utf8(node->getLocalName().toString()) +
+                   (full ? " " + utf8(node->getText()) : "") + ">";
+        } else if (node->isElementNode() && walk.atPostVisit()) {
+            out += ")";
+        } else if (node->isElementNode()) {
+            out += (full ? qualified(node) : nameOf(node)) + "(";
+            std::set<std::string> attributes;
+            ZkNamedNodeMap* map = node->getAttributes();
+            for (ZkNode* attr = map->getFirstNode(); full && attr; attr = map->getNextNode(attr)) {
+                if (attr->getNamespaceUri() != ZKN_NS_XMLNS)
+                    attributes.insert(qualified(attr) + "=" +
+                                      utf8(attr->getNodeValue().toString()));
+            }
+            for (const std::string& attribute : attributes)
+                out += " " + attribute;
+        }
+    }
+    return out + (text.empty() ? "" : "'" + text + "'");
 }
 
 /// One event of the scripted input. A start tag's `text` is its qualified name.
@@ -52,24 +96,15 @@ public:
             return END_DOCUMENT;
         }
         m_current = m_events[m_position++];
-        switch (m_current.kind) {
-        case Event::Start:
+        if (m_current.kind == Event::Start)
             ++m_depth;
-            return START_TAG;
-        case Event::End:
-            m_popPending = true; // an end tag reports the depth of its start tag
-            return END_TAG;
-        case Event::Text:
-            return TEXT;
-        case Event::Instruction:
-            return PROCESSING_INSTRUCTION;
-        case Event::EndDocument:
+        m_popPending = m_current.kind == Event::End; // an end tag reports its start tag's depth
+        if (m_current.kind == Event::EndDocument)
             m_position = m_events.size();
-            return END_DOCUMENT;
-        case Event::Other:
-            return 9; // a comment, which the loader has no node for
-        }
-        return END_DOCUMENT;
+        // Other stands for a comment, which the loader has no node for.
+        static const int kCodes[] = {START_TAG, TEXT, END_TAG, END_DOCUMENT, PROCESSING_INSTRUCTION,
+                                     9};
+        return kCodes[m_current.kind];
     }
     int getDepth() const override { return m_depth; }
     ZkName getNamespace() const override { return m_current.ns ? ZkName(m_current.ns) : ZkName(); }
@@ -164,6 +199,16 @@ private:
     ScriptedSource* m_script;
     int m_calls = 0;
 };
+
+/// What `action` throws as "code message", or "" when it throws nothing.
+inline std::string errorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const ZkError& e) {
+        return std::to_string(e.getErrorCode()) + " " + utf8(e.getRawMessage());
+    }
+    return "";
+}
 
 /// Appends an element named `name` to `parent` and returns it.
 inline ZkElement* addElement(ZkDocument* document, ZkNode* parent, const char16_t* name) {

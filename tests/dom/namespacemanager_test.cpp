@@ -31,7 +31,7 @@ TEST(NamespaceMap, OrderedByPrefixNumber) {
     EXPECT_FALSE(map->hasPrefix(ZKN_xml));
 }
 
-TEST(NamespaceManager, BottomScope) {
+TEST(NamespaceManager, BottomScopeAndRedundantDeclarations) {
     ZkPtr<ZkNamespaceManager> manager(new ZkNamespaceManager);
     EXPECT_EQ(manager->getDepth(), 0);
     EXPECT_EQ(manager->getNamespace(ZKN_xml), ZKN_NS_XML);
@@ -44,10 +44,9 @@ TEST(NamespaceManager, BottomScope) {
     EXPECT_TRUE(manager->isOpen(ZkName(), ZkName())); // the bottom scope counts
     EXPECT_EQ(manager->getMap(1), nullptr);
     EXPECT_EQ(manager->getMap(-1), nullptr);
-}
 
-TEST(NamespaceManager, RedundantDeclarationCreatesNoMap) {
-    ZkPtr<ZkNamespaceManager> manager(new ZkNamespaceManager);
+    // A redundant declaration creates no map.
+    manager = new ZkNamespaceManager;
     manager->push();
     manager->declare(ZKN_fo, ZKN_NS_XSL_FO);
     manager->push();
@@ -59,7 +58,7 @@ TEST(NamespaceManager, RedundantDeclarationCreatesNoMap) {
     EXPECT_EQ(manager->getMap(1)->getCount(), 1);
 }
 
-TEST(NamespaceManager, ShadowingAndPopping) {
+TEST(NamespaceManager, ShadowingUndeclaringAndElementNames) {
     ZkPtr<ZkNamespaceManager> manager(new ZkNamespaceManager);
     manager->push(ZkName(), ZKN_root, ZkName());
     manager->declare(ZKN_fo, ZKN_NS_XSL_FO);
@@ -73,10 +72,9 @@ TEST(NamespaceManager, ShadowingAndPopping) {
     EXPECT_TRUE(manager->pop());
     EXPECT_EQ(manager->getNamespace(ZKN_fo), ZKN_NS_XSL_FO);
     EXPECT_FALSE(manager->isOpen(ZkName(), ZKN_block));
-}
 
-TEST(NamespaceManager, UndeclaringTheDefault) {
-    ZkPtr<ZkNamespaceManager> manager(new ZkNamespaceManager);
+    // Undeclaring the default.
+    manager = new ZkNamespaceManager;
     manager->push();
     manager->declare(ZkName(), ZKN_NS_XHTML);
     EXPECT_EQ(manager->getDefaultNamespace(), ZKN_NS_XHTML);
@@ -87,10 +85,9 @@ TEST(NamespaceManager, UndeclaringTheDefault) {
     EXPECT_EQ(manager->getCurrentMap()->getCount(), 1);
     manager->pop();
     EXPECT_EQ(manager->getNamespace(ZkName()), ZKN_NS_XHTML);
-}
 
-TEST(NamespaceManager, ElementNameCountsAsBinding) {
-    ZkPtr<ZkNamespaceManager> manager(new ZkNamespaceManager);
+    // The element's own name counts as a binding.
+    manager = new ZkNamespaceManager;
     manager->push(ZKN_fo, ZKN_root, ZKN_NS_XSL_FO);
     EXPECT_EQ(manager->getNamespace(ZKN_fo), ZKN_NS_XSL_FO);
     EXPECT_EQ(manager->getPrefix(ZKN_NS_XSL_FO), ZKN_fo);

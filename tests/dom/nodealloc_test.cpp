@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 #include <zkcommon/dom/attr.h>
+#include <zkcommon/dom/namednodemap.h>
 #include <zkcommon/values/value.h>
 
 using namespace ZkCommonNS;
@@ -44,12 +45,21 @@ ZkPtr<ZkDocument> makeTree(int width) {
 TEST(NodeAlloc, HeldNodesOutliveTheDocument) {
     ZkPtr<ZkElement> kept;
     ZkPtr<ZkNode> text;
+    ZkPtr<ZkNamedNodeMap> map;
+    ZkPtr<ZkAttr> attr;
     {
         ZkPtr<ZkDocument> doc = makeTree(100);
-        kept =
-            static_cast<ZkElement*>(doc->getDocumentElement()->getFirstChild()->getNextSibling());
+        ZkElement* first = static_cast<ZkElement*>(doc->getDocumentElement()->getFirstChild());
+        kept = static_cast<ZkElement*>(first->getNextSibling());
         text = doc->getDocumentElement()->getLastChild()->getFirstChild();
+        map = first->getAttributes(); // the element itself goes with the document
+        attr = first->getAttributeNode(ZkName(u"n"));
     }
+    EXPECT_EQ(attr->getOwnerElement(), nullptr);
+    EXPECT_EQ(attr->getValue().getIntegerValue(-1), 0);
+    EXPECT_EQ(map->getCount(), 0);
+    EXPECT_EQ(map->getFirstNode(), nullptr);
+    EXPECT_EQ(map->getNamedItem(ZkName(u"n")), nullptr);
     EXPECT_EQ(kept->getAttribute(ZkName(u"n")).toString(), UnicodeString(u"1"));
     EXPECT_EQ(utf8(kept->getFirstChildFast()->getText()), "text");
     EXPECT_EQ(utf8(text->getText()), "text");
