@@ -75,6 +75,12 @@ public:
         m_byUri[uri.getEnum()].push_back(prefix.getEnum());
         m_uriPushes.push_back(uri.getEnum());
     }
+    /// Whether `prefix` is bound in the top scope itself.
+    bool isDeclaredHere(ZkName prefix) const {
+        auto found = m_byPrefix.find(prefix.getEnum());
+        return found != m_byPrefix.end() && !found->second.empty() &&
+               found->second.back().depth == getDepth();
+    }
     /// The URI bound to `prefix`, empty when none (or when xmlns="" undeclared the default).
     ZkName getNamespace(ZkName prefix) const {
         auto found = m_byPrefix.find(prefix.getEnum());

@@ -483,13 +483,20 @@ void ZkXmlSerializerImpl::attributeWith(ZkName ns, ZkName prefix, ZkName name,
     if (m_state != kTagOpen && m_state != kTagWithAttributes)
         throwCommonError(ZK_ERROR_ATTRIBUTE_ORDER, kSiteAttribute);
     if (ns == ZKN_NS_XMLNS || name == ZKN_xmlns || prefix == ZKN_xmlns) {
-        // A namespace declaration: written with the others when the tag closes.
-        m_scopes->declare(name == ZKN_xmlns ? ZkName() : name, ZkName(value));
+        // A namespace declaration: written with the others when the tag closes. A prefix this
+        // tag already binds (for its own name or an attribute written before) keeps that
+        // binding: rebinding it would move what was written into another namespace.
+        const ZkName declared = name == ZKN_xmlns ? ZkName() : name;
+        if (!m_scopes->isDeclaredHere(declared))
+            m_scopes->declare(declared, ZkName(value));
         return;
     }
     if (!ns.isEmpty()) {
         // A default namespace never applies to attributes: a namespaced attribute needs a
-        // prefix of its own.
+        // prefix of its own, and one this tag binds to another namespace is not it.
+        if (!choosePrefix && !prefix.isEmpty() && m_scopes->isDeclaredHere(prefix) &&
+            m_scopes->getNamespace(prefix) != ns)
+            prefix = ZkName();
         if (choosePrefix || prefix.isEmpty()) {
             prefix = getPrefix(ns, /*create=*/false);
             if (prefix.isEmpty()) {

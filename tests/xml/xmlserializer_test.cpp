@@ -191,6 +191,17 @@ TEST(XmlSerializer, NamespaceAttributesDeclare) {
                   s.attribute(xmlnsNs, xmlns, ZkName(u"q9"), UnicodeString(u"urn:q"));
               }),
               "<p:a xmlns=\"urn:d\" xmlns:p=\"urn:u\" xmlns:q9=\"urn:q\"/>");
+    // A later declaration or attribute never rebinds a prefix the tag already uses.
+    const std::string kept = write([&](ZkXmlSerializer& s) {
+        s.startTag(ZkName(u"urn:u"), p, a);
+        s.attribute(ZkName(u"urn:u"), p, ZkName(u"b"), UnicodeString(u"1"));
+        s.attribute(xmlnsNs, xmlns, p, UnicodeString());
+        s.attribute(xmlnsNs, xmlns, p, UnicodeString(u"urn:other"));
+        s.attribute(ZkName(u"urn:v"), p, ZkName(u"c"), UnicodeString(u"2"));
+    });
+    EXPECT_EQ(kept.rfind("<p:a p:b=\"1\" ns", 0), 0u) << kept;
+    EXPECT_NE(kept.find(":c=\"2\" xmlns:p=\"urn:u\" xmlns:ns"), std::string::npos) << kept;
+    EXPECT_EQ(kept.find("urn:other"), std::string::npos) << kept;
 }
 
 TEST(XmlSerializer, SortedAttributes) {
