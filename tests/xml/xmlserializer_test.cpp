@@ -232,7 +232,7 @@ TEST(XmlSerializer, OrderErrors) {
 TEST(XmlSerializer, OutputErrors) {
     ZkPtr<ZkXmlSerializer> s = ZkXmlSerializer::createXmlSerializer();
     std::string uri;
-    auto codeOf = [&](const std::function<void()>& step) {
+    auto codeOf = [&](const std::function<void()>& step) -> int {
         try {
             step();
         } catch (const ZkError& e) {
