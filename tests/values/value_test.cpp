@@ -174,6 +174,10 @@ TEST(ZkValue, ContainersAndObjects) {
     EXPECT_FALSE(hollow.isRCObject());
     EXPECT_EQ(hollow.getArrayCount(), 1);
     EXPECT_EQ(hollow.toString(), UnicodeString());
+    // Nor is a Compound tag without a map: it prints nothing and has no length.
+    hollow.setValueUnitType(ValueCompound);
+    EXPECT_EQ(hollow.toString(), UnicodeString());
+    EXPECT_TRUE(hollow.getLengthValue().isAuto());
 }
 
 TEST(ZkValue, IntegerConversion) {
@@ -235,9 +239,6 @@ TEST(ZkValue, LengthConversion) {
     ZkValue noLength;
     noLength.setNamedItem(ZkName(ZKN_minimum), ZkValue(1.0f, UnitPt));
     EXPECT_TRUE(noLength.getLengthValue().isAuto());
-    ZkValue hollow;
-    hollow.setValueUnitType(ValueCompound);
-    EXPECT_TRUE(hollow.getLengthValue().isAuto());
 }
 
 TEST(ZkValue, NamesAndStrings) {
@@ -300,9 +301,6 @@ TEST(ZkValue, ListAndCompoundPrinting) {
     compound.setNamedItem(ZkName(ZKN_optimum), ZkValue(u"it's"));
     compound.setNamedItem(ZkName(ZKN_minimum), ZkValue());
     EXPECT_EQ(utf8(compound.toString()), "{.: 1pt; optimum: \"it's\"}");
-    ZkValue hollow;
-    hollow.setValueUnitType(ValueCompound);
-    EXPECT_EQ(hollow.toString(), UnicodeString());
 }
 
 TEST(ZkValue, QuotedForms) {
