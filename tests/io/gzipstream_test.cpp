@@ -75,11 +75,6 @@ std::string readPieces(std::istream& in, size_t piece) {
     return out;
 }
 
-std::string gzipHeader(int flags, const std::string& fields) {
-    std::string header = {'\x1f', '\x8b', '\x08', static_cast<char>(flags), 0, 0, 0, 0, 0, 3};
-    return header + fields;
-}
-
 std::string gzipTrailer(const std::string& data) {
     uint32_t crc = static_cast<uint32_t>(
         crc32(0, reinterpret_cast<const Bytef*>(data.data()), static_cast<uInt>(data.size())));
@@ -156,7 +151,9 @@ TEST(GzipIStream, SkipsOptionalHeaderFields) {
     // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.flags);
-        std::istringstream source(gzipHeader(c.flags, c.fields) + body);
+        const std::string head = {'\x1f', '\x8b', '\x08', static_cast<char>(c.flags), 0, 0, 0,
+                                  0,      0,      3};
+        std::istringstream source(head + c.fields + body);
         ZkGzipIStream in(source);
         EXPECT_EQ(readAll(in), data);
         EXPECT_FALSE(in.bad());

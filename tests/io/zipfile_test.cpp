@@ -102,13 +102,8 @@ TEST(ZipFile, CorpusReadsAsTheToolsSay) {
             if (f[8] == "exact") {
                 EXPECT_EQ(entry->getUncompressedSize(), std::stoul(f[5]));
                 EXPECT_EQ(entry->getCRC32(), std::stoul(f[6], nullptr, 16));
-                EXPECT_EQ(content.size(), expected.size());
                 EXPECT_TRUE(content == expected);
                 EXPECT_FALSE(cached->bad());
-                EXPECT_EQ(
-                    static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(content.data()),
-                                                static_cast<uInt>(content.size()))),
-                    entry->getCRC32());
             } else {
                 EXPECT_LT(content.size(), expected.size());
                 EXPECT_TRUE(content == expected.substr(0, content.size()));

@@ -94,19 +94,6 @@ TEST(ZkValue, ConstructorsSetTypeAndUnit) {
     }
 }
 
-TEST(ZkValue, BoolIsAName) {
-    EXPECT_EQ(ZkValue(true).getNameValue(), ZkName(ZKN_true));
-    EXPECT_EQ(ZkValue(false).getNameValue(), ZkName(ZKN_false));
-    EXPECT_TRUE(ZkValue(true).isTrue());
-    EXPECT_TRUE(ZkValue(ZKN_yes).isTrue());
-    EXPECT_TRUE(ZkValue(false).isFalse());
-    EXPECT_TRUE(ZkValue(ZKN_no).isFalse());
-    EXPECT_FALSE(ZkValue(1).isTrue());
-    EXPECT_FALSE(ZkValue(u"true").isTrue());
-    EXPECT_TRUE(ZkValue::isTrue(ZKN_yes));
-    EXPECT_FALSE(ZkValue::isTrue(ZKN_no));
-}
-
 TEST(ZkValue, CopyAndMoveFollowOwnership) {
     ZkValue text(UnicodeString(u"abc"));
     ZkValue copy(text);
@@ -144,6 +131,11 @@ TEST(ZkValue, AssigningAnItemOfItsOwnArray) {
 }
 
 TEST(ZkValue, Predicates) {
+    // A bool is a name; true and yes are true, false and no false, nothing else either.
+    EXPECT_EQ(ZkValue(false).getNameValue(), ZkName(ZKN_false));
+    EXPECT_TRUE(ZkValue(true).isTrue() && ZkValue(ZKN_yes).isTrue() && ZkValue::isTrue(ZKN_yes));
+    EXPECT_TRUE(ZkValue(false).isFalse() && ZkValue(ZKN_no).isFalse());
+    EXPECT_FALSE(ZkValue(1).isTrue() || ZkValue(u"true").isTrue() || ZkValue::isTrue(ZKN_no));
     ZkValue character(0x41, UnitChar);
     EXPECT_TRUE(character.isNumeric());
     EXPECT_FALSE(character.isNumericalValue());
@@ -182,6 +174,10 @@ TEST(ZkValue, ContainersAndObjects) {
     EXPECT_FALSE(hollow.isRCObject());
     EXPECT_EQ(hollow.getArrayCount(), 1);
     EXPECT_EQ(hollow.toString(), UnicodeString());
+    // Nor is a Compound tag without a map: it prints nothing and has no length.
+    hollow.setValueUnitType(ValueCompound);
+    EXPECT_EQ(hollow.toString(), UnicodeString());
+    EXPECT_TRUE(hollow.getLengthValue().isAuto());
 }
 
 TEST(ZkValue, IntegerConversion) {
@@ -243,9 +239,6 @@ TEST(ZkValue, LengthConversion) {
     ZkValue noLength;
     noLength.setNamedItem(ZkName(ZKN_minimum), ZkValue(1.0f, UnitPt));
     EXPECT_TRUE(noLength.getLengthValue().isAuto());
-    ZkValue hollow;
-    hollow.setValueUnitType(ValueCompound);
-    EXPECT_TRUE(hollow.getLengthValue().isAuto());
 }
 
 TEST(ZkValue, NamesAndStrings) {
@@ -308,9 +301,6 @@ TEST(ZkValue, ListAndCompoundPrinting) {
     compound.setNamedItem(ZkName(ZKN_optimum), ZkValue(u"it's"));
     compound.setNamedItem(ZkName(ZKN_minimum), ZkValue());
     EXPECT_EQ(utf8(compound.toString()), "{.: 1pt; optimum: \"it's\"}");
-    ZkValue hollow;
-    hollow.setValueUnitType(ValueCompound);
-    EXPECT_EQ(hollow.toString(), UnicodeString());
 }
 
 TEST(ZkValue, QuotedForms) {
@@ -457,7 +447,7 @@ TEST(ZkValueArray, ItemsAndBounds) {
     EXPECT_EQ(copy->getCount(), 2);
 }
 
-TEST(ZkBool, ThreeStates) {
+TEST(ZkBoolAndZkInt, UndefinedStates) {
     ZkBool undefined;
     EXPECT_TRUE(undefined.isTrue(true));
     EXPECT_FALSE(undefined.isTrue(false));
@@ -466,9 +456,7 @@ TEST(ZkBool, ThreeStates) {
     ZkBool yes(true);
     EXPECT_TRUE(yes.isTrue(false));
     EXPECT_FALSE(yes == ZkBool());
-}
 
-TEST(ZkInt, UndefinedPatternAndRawArithmetic) {
     ZkInt value;
     EXPECT_TRUE(value.isUndef());
     EXPECT_EQ(static_cast<int>(value), std::numeric_limits<int>::min());
