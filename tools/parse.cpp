@@ -38,9 +38,14 @@ void pullAll(ZkDocument& document) {
 int parseCommand(const Args& args) {
     std::string input, output;
     bool pull = false;
+    ZkName syntax; // empty: chosen by the extension, the DOCTYPE and the first element
     for (size_t i = 0; i < args.size(); ++i) {
         if (args[i] == "--pull")
             pull = true;
+        else if (args[i] == "--html")
+            syntax = ZKN_html;
+        else if (args[i] == "--xml")
+            syntax = ZKN_xml;
         else if (args[i] == "-o" && i + 1 < args.size())
             output = args[++i];
         else if (input.empty())
@@ -58,6 +63,8 @@ int parseCommand(const Args& args) {
     parser->setCallbackError(logError, &sink);
     // Instructions become nodes, so that the tree keeps them.
     parser->setFeature(ZkXmlParser::FEATURE_REPORT_PI, true);
+    if (!syntax.isEmpty())
+        parser->setParserType(syntax, ZkName(ZKN_html));
     int status = 0;
     try {
         ZkUri uri(UnicodeString::fromUTF8(input), ZkUri::URISTR_FILEPATH_OR_URI);
@@ -82,10 +89,12 @@ int parseCommand(const Args& args) {
     return status;
 }
 
-const Registration s_parse({"parse", "parse FILE|URI [--pull] [-o OUT]",
+const Registration s_parse({"parse", "parse FILE|URI [--html|--xml] [--pull] [-o OUT]",
                             "loads a document (in pull mode with --pull) and writes it back "
                             "through the serializer, to OUT or standard output; errors go to "
-                            "standard error as the XML error log, and a fatal one exits with 1",
+                            "standard error as the XML error log, and a fatal one exits with 1. "
+                            "--html reads HTML and --xml XML; with neither the syntax follows "
+                            "the extension, the DOCTYPE and the first element",
                             parseCommand});
 
 } // namespace

@@ -104,13 +104,27 @@ void XmlScanner::scanText() {
         return;
     }
     bool topLevel = m_open.empty();
+    bool raw = inRawText();
     for (;;) {
         if (!topLevel)
-            scanRun(m_text, kStopText, 0, /*value=*/false);
+            scanRun(m_text, raw ? kStopRawText : kStopText, 0, /*value=*/false);
         UChar32 c = readChar();
-        if (c == '&' || c == '<' || c == kEof) {
+        if (c == '<' && m_text.length() == start && (raw || isHtml())) {
+            // The classifier sent "<" here: HTML's "<" before no name, or in raw text.
+            if (raw && rawCData())
+                continue;
+            if (!appendChar(c))
+                return;
+            continue;
+        }
+        if ((c == '&' && !raw) || c == '<' || c == kEof) {
             pushBack(c);
             break;
+        }
+        if (raw) {
+            if (!appendChar(c))
+                return;
+            continue;
         }
         if (c == ']') {
             // "]]>" may not stand in text; "]]" alone and a lone "]" are data.
@@ -135,9 +149,35 @@ void XmlScanner::scanText() {
             ++i;
         if (i == limit)
             m_event = ZkXmlParser::IGNORABLE_WHITESPACE;
+        else if (isHtml() && !m_rootSeen)
+            impliedByText(start); // kept as text, or pushed back for an implied html
         else
             report(kErrorTopLevelText, describe(m_text.char32At(i)), UnicodeString());
+    } else if (m_open.size() == 1 && isHtml()) {
+        impliedByText(start);
     }
+}
+
+bool XmlScanner::rawCData() {
+    // "<" is read in raw text: a CDATA section is one only in MathML and SVG, after an XML
+    // declaration, or in XHTML.
+    ZkName ns = m_open.back().ns;
+    if (!(m_hasXmlDecl || ns == ZKN_NS_MATHML || ns == ZKN_NS_SVG || isXhtml()))
+        return false;
+    static const char16_t kOpen[] = u"![CDATA[";
+    UnicodeString seen;
+    for (int i = 0; kOpen[i]; ++i) {
+        UChar32 c = readChar();
+        if (c != kEof)
+            seen.append(c);
+        if (c != kOpen[i]) {
+            pushBackText(seen);
+            return false;
+        }
+    }
+    scanCData();
+    m_event = ZkXmlParser::TEXT;
+    return true;
 }
 
 void XmlScanner::scanCData() {
@@ -288,6 +328,7 @@ void XmlScanner::scanXmlDeclaration() {
         report(kErrorUnexpectedCharacter, UnicodeString(c), UnicodeString());
     readChar();
     m_hasXmlDecl = true;
+    hintsChanged();
 }
 
 void XmlScanner::applyDeclaredEncoding(const UnicodeString& value) {
@@ -398,7 +439,27 @@ void XmlScanner::scanBang() {
         scanDoctype();
         return;
     }
-    // A hook for HTML's "<!doctype html" in other cases goes here.
+    if (!name.isEmpty() && !m_hasXmlDecl && m_parserType != ZKN_xml &&
+        name.toString().caseCompare(u"DOCTYPE", 0) == 0) {
+        // "<!doctype html" in any case: white space and the name html must follow.
+        UnicodeString seen;
+        UChar32 space = readChar();
+        if (isSpace(space)) {
+            seen.append(space);
+            while (isSpace(c = readChar()))
+                seen.append(c);
+            pushBack(c);
+            ZkName root = readName();
+            seen.append(root.toString());
+            pushBackText(seen);
+            if (!root.isEmpty() && root.toString().caseCompare(u"html", 0) == 0) {
+                scanDoctype();
+                return;
+            }
+        } else {
+            pushBack(space);
+        }
+    }
     report(kErrorBang, name.toString(), UnicodeString());
     m_event = ZkXmlParser::COMMENT;
     m_ownText.remove();
@@ -493,6 +554,7 @@ void XmlScanner::scanDoctype() {
         report(kErrorDeclarationEnd, UnicodeString(u"DOCTYPE"), UnicodeString());
     else if (c != '>')
         report(kErrorUnexpectedCharacter, UnicodeString(c), UnicodeString());
+    hintsChanged();
     applyDoctypeIdentifiers();
 }
 

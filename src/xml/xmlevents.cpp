@@ -50,16 +50,6 @@ XmlScanner::~XmlScanner() {
     delete static_cast<const EntityMapSnapshot*>(m_mathSnapshot);
 }
 
-bool XmlScanner::isHtml() const {
-    // HTML syntax comes with the HTML reader; until then every input is read as XML (or
-    // XHTML), and the branches that ask here keep their place for it.
-    return false;
-}
-
-bool XmlScanner::isXhtml() const {
-    return m_in.effectiveType == ZKN_xhtml;
-}
-
 void XmlScanner::report(unsigned short code, const UnicodeString& arg1, const UnicodeString& arg2) {
     int peek = m_peek;
     m_peek = PEEK_COMPOSING; // nothing may classify while the message is built
@@ -157,6 +147,7 @@ void XmlScanner::startDocument() {
     m_in.line = 1;
     m_in.column = 0;
     sniff(/*force=*/false);
+    prescanMeta();
     int kind = classify();
     if (kind == PEEK_PI) {
         m_peek = PEEK_NONE;
@@ -168,6 +159,12 @@ void XmlScanner::startDocument() {
 
 void XmlScanner::endDocument() {
     if (m_event != ZkXmlParser::END_DOCUMENT) {
+        if (!m_open.empty() && isHtml()) {
+            // HTML closes what is open, one element per event, with no message.
+            m_event = ZkXmlParser::END_TAG;
+            m_peek = PEEK_NONE;
+            return;
+        }
         if (int(m_open.size()) > 0) {
             m_event = ZkXmlParser::END_DOCUMENT;
             report(kErrorMissingEndTag, UnicodeString(), UnicodeString());

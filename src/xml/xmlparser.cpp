@@ -194,6 +194,7 @@ ZkXmlParserImpl::ZkXmlParserImpl(const ZkUri::ContentInfo* info)
     if (info) {
         m_scanner->m_contentType = ZkChar::toAsciiLower(info->contentType);
         m_scanner->m_language = info->language;
+        m_scanner->hintsChanged();
     }
 }
 
@@ -217,6 +218,7 @@ void ZkXmlParserImpl::setStreamType(const ZkUri::ContentInfo* info,
         m_scanner->m_language = info->language;
     }
     m_scanner->m_extension = ZkChar::toAsciiLower(extension);
+    m_scanner->hintsChanged();
 }
 
 void ZkXmlParserImpl::setCallbackError(ErrorCallback callback, void* userData) {
@@ -511,7 +513,8 @@ bool ZkXmlParserImpl::isXHTMLSyntax() const {
 void ZkXmlParserImpl::setParserType(ZkName type, ZkName defaultType) {
     m_scanner->m_parserType = type;
     m_scanner->m_defaultType = defaultType;
-    m_scanner->m_in.effectiveType = ZkName();
+    m_scanner->m_settledType = ZKN_EMPTY;
+    m_scanner->hintsChanged();
 }
 
 void ZkXmlParserImpl::setHtmlDefaultCharset(const UnicodeString& charset) {

@@ -34,6 +34,7 @@ UnicodeString hexCode(UChar32 c) {
 
 void closeInput(InputState& in) {
     in.conversion.reset();
+    in.prefixed.reset();
     if (in.ownsUnderlying)
         delete in.underlying;
     in.stream = nullptr;
@@ -71,6 +72,8 @@ void XmlScanner::reset() {
     std::unique_ptr<uint8_t[]> bytes = std::move(m_in.bytes);
     int32_t byteCapacity = m_in.byteCapacity;
     m_frames.clear();
+    m_in.conversion.reset(); // before the stream it reads
+    m_in.prefixed.reset();
     m_in = InputState();
     m_in.chars = std::move(chars);
     m_in.charCapacity = charCapacity;
@@ -83,6 +86,12 @@ void XmlScanner::reset() {
     m_event = ZkXmlParser::START_DOCUMENT;
     m_peek = PEEK_NONE;
     m_hasXmlDecl = m_doctypeSeen = m_rootSeen = m_emptyTag = false;
+    m_settledType = ZKN_EMPTY;
+    hintsChanged();
+    m_metaCharsetSeen = false;
+    m_metaContentType.remove();
+    m_openCounts.clear();
+    m_openCountsDynamic.clear();
     m_firstElement = m_rootNamespace = m_entityName = m_target = ZkName();
     m_elementPrefix = m_elementName = m_elementNs = ZkName();
     m_eventLine = m_eventColumn = -1;
@@ -151,6 +160,7 @@ void XmlScanner::openUri(ZkUri& uri, const UnicodeString& encoding, const Unicod
         m_contentType = ZkChar::toAsciiLower(info.contentType);
     m_extension = ZkChar::toAsciiLower(uri.getExtension());
     m_language = info.language;
+    hintsChanged();
     changeEncoding(encoding);
 }
 
@@ -212,6 +222,7 @@ void XmlScanner::rewind() {
     }
     UnicodeString inputUri = m_in.inputUri;
     m_in.conversion.reset();
+    m_in.prefixed.reset();
     m_in.ownsUnderlying = false; // reset must not delete it
     reset();
     underlying->clear();
@@ -458,18 +469,33 @@ void XmlScanner::changeEncoding(const UnicodeString& requested) {
     // the reader holds already are handed over in front of it.
     std::string encoding = toUtf8(name);
     std::unique_ptr<std::istream> conversion;
-    if (m_in.underlying && m_in.bytePos == m_in.byteEnd) {
-        auto rqc = std::make_unique<ZkRQCIStream>(m_in.underlying, encoding.c_str(), false);
+    std::unique_ptr<std::istream> prefixed;
+    std::istream* source = m_in.underlying;
+    if (source && m_in.bytePos < m_in.byteEnd) {
+        // Bytes read ahead and not yet decoded go in front of the rest of the stream.
+        prefixed = makePrefixedStream(
+            std::string(reinterpret_cast<const char*>(m_in.bytes.get() + m_in.bytePos),
+                        size_t(m_in.byteEnd - m_in.bytePos)),
+            source->rdbuf());
+        source = prefixed.get();
+    }
+    if (source) {
+        auto rqc = std::make_unique<ZkRQCIStream>(source, encoding.c_str(), false);
         if (rqc->is_open()) {
             conversion = std::move(rqc);
         } else {
             std::string standard = toUtf8(ZkUtil::getStandardEncoding(name));
-            auto icu = std::make_unique<ZkICUIStream>(m_in.underlying, standard.c_str(), false);
+            auto icu = std::make_unique<ZkICUIStream>(source, standard.c_str(), false);
             if (icu->is_open())
                 conversion = std::move(icu);
         }
     }
     if (conversion) {
+        if (prefixed) {
+            m_in.conversion.reset();
+            m_in.prefixed = std::move(prefixed);
+            m_in.bytePos = m_in.byteEnd = 0;
+        }
         m_in.conversion = std::move(conversion);
         m_in.stream = m_in.conversion.get();
         m_in.atEnd = false;
@@ -573,6 +599,8 @@ bool XmlScanner::ensure(int32_t count) {
 UChar32 XmlScanner::validate(UChar32 c) {
     if (m_features[ZkXmlParser::FEATURE_NO_CHAR_CHECK])
         return c;
+    if (c == 0x0C && m_setLoaded[kEntitySetHtml])
+        return c; // HTML's form feed
     bool valid = m_xml11 ? ZkChar::isValidChar11(c) : ZkChar::isValidChar(c);
     if (!valid)
         report(kErrorInvalidUnicode, hexCode(c), UnicodeString());

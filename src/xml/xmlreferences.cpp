@@ -96,7 +96,7 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
     digits.remove();
     UChar32 c = readChar();
     int base = 10;
-    if (c == 'x') {
+    if (c == 'x' || (c == 'X' && isHtml())) {
         base = 16;
         digits.append(c);
         c = readChar();
@@ -114,7 +114,12 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
         digits.append(c);
         ++count;
     }
-    if (c != ';' || count == 0) {
+    if ((c != ';' || count == 0) && isHtml()) {
+        // HTML: the digits read stand without ";"; with none the text is kept as it stood.
+        pushBack(c);
+        if (count == 0)
+            return kEof;
+    } else if (c != ';' || count == 0) {
         pushBack(c);
         report(isSpace(c) ? kErrorSpaceInCharRef : kErrorCharRef, digits, UnicodeString());
         return kEof;
@@ -124,6 +129,7 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
     bool valid =
         value <= 0x10FFFF && (m_xml11 ? ZkChar::isValidChar11(UChar32(value)) || restricted11
                                       : ZkChar::isValidChar(UChar32(value)));
+    valid = valid || (value == 0x0C && m_setLoaded[kEntitySetHtml]);
     if (!valid && !m_features[ZkXmlParser::FEATURE_NO_CHAR_CHECK])
         report(kErrorInvalidUnicode, UnicodeString(u"&#") + digits, UnicodeString());
     ok = true;
@@ -143,6 +149,10 @@ void XmlScanner::readReference(UnicodeString* out) {
         UnicodeString digits;
         bool ok = false;
         UChar32 value = readCharReference(digits, ok);
+        if (!ok && isHtml()) {
+            htmlLiteral(out, UnicodeString(u"&#") + digits);
+            return;
+        }
         if (!ok)
             return;
         if (m_expanding.size() < expansions) {
@@ -160,11 +170,17 @@ void XmlScanner::readReference(UnicodeString* out) {
     }
     pushBack(c);
     ZkName name = readName();
+    if (name.isEmpty() && isHtml()) {
+        htmlLiteral(out, UnicodeString(u"&"));
+        return;
+    }
     if (name.isEmpty()) {
         report(kErrorEmptyEntityName, UnicodeString(), UnicodeString());
         return;
     }
     c = readChar();
+    if (isHtml() && !htmlReference(out, name, c))
+        return;
     if (c != ';' || m_expanding.size() < expansions) {
         pushBack(c);
         report(kErrorEntityReference, UnicodeString(u"&") + name.toString() + charText(c),

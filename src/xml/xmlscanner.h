@@ -38,6 +38,7 @@ enum AsciiClass : uint16_t {
     kControl = 128,     ///< below U+0020
     kQuoteDouble = 256, ///< U+0022
     kQuoteSingle = 512, ///< U+0027
+    kStopRawText = 1024 ///< "<" alone: the text of `script` and `style` in HTML
 };
 extern const uint16_t kAsciiClass[128];
 
@@ -93,11 +94,17 @@ using Decoder = int32_t (*)(const uint8_t* source, int32_t length, bool atEnd, c
 /// The decoder of a built-in encoding name; the byte decoder for any other.
 Decoder getDecoder(ZkNameEnum encoding);
 
+/// A stream that gives `bytes` first and then what `rest` gives.
+std::unique_ptr<std::istream> makePrefixedStream(std::string bytes, std::streambuf* rest);
+
 /// One input: the stream and everything read ahead of the scanner. Saved whole as an input
 /// frame when another input is pushed in front of it.
 struct InputState {
-    std::istream* stream = nullptr;           ///< current stream, may be `conversion`
-    std::istream* underlying = nullptr;       ///< the stream as opened or given
+    std::istream* stream = nullptr;     ///< current stream, may be `conversion`
+    std::istream* underlying = nullptr; ///< the stream as opened or given
+    /// Bytes read ahead and handed back in front of `underlying`, when a conversion stream
+    /// starts in mid-stream; `conversion` reads through it.
+    std::unique_ptr<std::istream> prefixed;
     std::unique_ptr<std::istream> conversion; ///< a decoding stream over `underlying`
     bool ownsUnderlying = false;
     bool stringFrame = false;
@@ -145,6 +152,7 @@ struct OpenElement {
     ZkName local;
     ZkName ns;
     int32_t bindingStart; ///< first namespace binding made by this element
+    bool counted = false; ///< counted in XmlScanner::m_openCounts (HTML)
 };
 
 struct NsBinding {
@@ -229,9 +237,48 @@ public:
     bool appendText(const char16_t* text, int32_t length);
     bool appendChar(UChar32 c);
     void checkTextLimit(int32_t adding);
-    bool isHtml() const;
-    bool isXhtml() const;
-    bool inRawText() const { return false; } // script and style come with HTML syntax
+    // ---- HTML syntax (xmlhtml.cpp)
+    /// The syntax judgments, made afresh from the hints until they settle.
+    bool isHtml() const {
+        if (m_settledType == ZKN_html)
+            return true;
+        if (m_settledType == ZKN_xhtml)
+            return false;
+        return m_htmlGuess >= 0 ? m_htmlGuess != 0 : judgeHtml();
+    }
+    bool isXhtml() const {
+        if (m_settledType == ZKN_xhtml)
+            return true;
+        if (m_settledType == ZKN_html)
+            return false;
+        return m_xhtmlGuess >= 0 ? m_xhtmlGuess != 0 : judgeXhtml();
+    }
+    bool judgeHtml() const;
+    bool judgeXhtml() const;
+    /// A hint changed: the unsettled judgments are made again.
+    void hintsChanged() { m_htmlGuess = m_xhtmlGuess = -1; }
+    /// `script` or `style` open in HTML: "<" and "&" are data up to the element's end tag.
+    bool inRawText() const;
+    /// After "<" in raw text: whether "/" and the open element's name and ">" follow.
+    bool rawTextEndFollows();
+    /// At an HTML start tag with no prefix (folded): a tag ended or implied before it; true
+    /// when an event was made and the tag is met again.
+    bool impliedBeforeStartTag(ZkName local);
+    /// At an HTML end tag that is not the open element's; true when an event was made.
+    bool recoverEndTag(ZkName prefix, ZkName local);
+    /// Opens an element no tag stands for, in the XHTML namespace, as a START_TAG.
+    void openImplied(ZkName local);
+    void countOpen(OpenElement& element);
+    /// After an HTML start tag: `meta` and void elements.
+    void finishHtmlStartTag();
+    void applyMeta();
+    /// Applies an encoding from a `meta` or the default charset to the rest of the input.
+    void switchEncoding(const UnicodeString& name);
+    /// Before the first event: a `meta` charset near the start of a document that looks like
+    /// HTML chooses the decoder for the whole input.
+    void prescanMeta();
+    /// Text pushed back for an implied `html` or `body`; true when an element was implied.
+    bool impliedByText(int32_t start);
 
     // ---- tags (xmltags.cpp)
     int classify();
@@ -246,10 +293,11 @@ public:
         return -1;
     }
     UChar32 peekChar();
-    ZkName readName();
-    ZkName readNameSlow();
+    /// Reads a name; with `fold`, ASCII capitals are folded to lower case.
+    ZkName readName(bool fold = false);
+    ZkName readNameSlow(bool fold);
     /// Reads prefix:local; false with nothing read.
-    bool readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal);
+    bool readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal, bool fold = false);
     /// True when white space was skipped.
     bool skipWhitespace();
     void scanStartTag();
@@ -275,6 +323,8 @@ public:
     void scanRun(UnicodeString& target, uint16_t stops, char16_t quote, bool value);
     void readLiteral(LiteralMode mode, UnicodeString& out);
     void readAttributeValue(char16_t quote, UnicodeString& out);
+    /// HTML: a value without quotes, to white space, ">" or "/>", references expanded.
+    void readUnquotedValue(UnicodeString& out);
     /// After the opening quote: the value of `attribute`, in place when it can be.
     void readValue(char16_t quote, Attribute& attribute);
     /// After "&#": the code point, or with `ok` false after a report.
@@ -282,11 +332,18 @@ public:
     /// After "&": reads a reference into `out` (attribute context) or sets up ENTITY_REF.
     void readReference(UnicodeString* out);
     void reportUndefined(ZkName name);
+    /// HTML keeps a reference it cannot read as text: into `out`, or as a TEXT event.
+    void htmlLiteral(UnicodeString* out, const UnicodeString& text);
+    /// HTML, after "&" and a name and the character `c`: false when the reference was kept
+    /// as literal text (no ";" needed, an undefined name stays as it stood).
+    bool htmlReference(UnicodeString* out, ZkName name, UChar32& c);
     void expandInto(ZkName name, const UnicodeString& replacement, UnicodeString& out);
 
     // ---- content (xmlcontent.cpp)
     void scanText();
     void scanCData();
+    /// After "<" as data in raw text: reads a CDATA section where one may stand there.
+    bool rawCData();
     void scanComment();
     void scanProcessingInstruction();
     void takeOwnText(int32_t start, bool trim);
@@ -329,6 +386,7 @@ public:
     UnicodeString m_contentType;
     UnicodeString m_extension;
     UnicodeString m_language;
+    UnicodeString m_metaContentType; ///< the first content type a `meta` gave
     UnicodeString m_pubid;
     UnicodeString m_systemId;
     bool m_autoClose = true;
@@ -347,6 +405,17 @@ public:
     int m_event = ZkXmlParser::START_DOCUMENT;
     int m_peek = PEEK_NONE;
     bool m_hasXmlDecl = false;
+    mutable ZkNameEnum m_settledType = ZKN_EMPTY; ///< html or xhtml once settled
+    mutable int8_t m_htmlGuess = -1; ///< an unsettled judgment kept until a hint changes
+    mutable int8_t m_xhtmlGuess = -1;
+    bool m_metaCharsetSeen = false; ///< the prescan found a `meta` charset
+    bool m_metaPending = false;     ///< the start tag is an HTML `meta`
+    UnicodeString m_metaCharset;
+    UnicodeString m_metaContent;
+    UnicodeString m_metaHttpEquiv;
+    /// Open unprefixed HTML elements by name, for the end tag rules.
+    std::vector<int32_t> m_openCounts;
+    std::unordered_map<int32_t, int32_t> m_openCountsDynamic;
     bool m_doctypeSeen = false;
     bool m_rootSeen = false;
     bool m_emptyTag = false;

@@ -133,11 +133,30 @@ int XmlScanner::classify() {
         UChar32 c = readChar();
         if (c == '&') {
             kind = PEEK_REFERENCE;
+            if (inRawText()) {
+                pushBack(c);
+                kind = PEEK_TEXT;
+            }
+        } else if (c == '<' && inRawText()) {
+            // In script and style only the element's own end tag is markup.
+            kind = PEEK_END_TAG;
+            if (!rawTextEndFollows()) {
+                pushBack(c);
+                kind = PEEK_TEXT;
+            }
         } else if (c == '<') {
             UChar32 second = peekChar();
             if (second == '!' || second == '/' || second == '?') {
                 readChar();
                 kind = second == '!' ? PEEK_BANG : second == '/' ? PEEK_END_TAG : PEEK_PI;
+            } else if (second == kEof || (second < 0x80 ? !(kAsciiClass[second] & kNameStart)
+                                                        : !ZkChar::isNCNameStartChar(second))) {
+                // "<" before no name: HTML reads it as text, XML as a bad start tag.
+                kind = PEEK_START_TAG;
+                if (isHtml()) {
+                    pushBack(c);
+                    kind = PEEK_TEXT;
+                }
             } else {
                 kind = PEEK_START_TAG;
             }
@@ -191,7 +210,7 @@ bool XmlScanner::skipWhitespace() {
     }
 }
 
-ZkName XmlScanner::readName() {
+ZkName XmlScanner::readName(bool fold) {
     InputState& in = m_in;
     if (in.pos >= in.rawLimit && in.pos < in.end) {
         const char16_t* b = in.chars.get();
@@ -205,21 +224,38 @@ ZkName XmlScanner::readName() {
             if (q < e && b[q] < 0x80) {
                 in.pos = q;
                 in.column += q - p;
+                int32_t length = q - p;
+                const char16_t* text = b + p;
+                char16_t lowered[64];
+                if (fold) {
+                    // HTML names: capitals folded in a copy, only when there are any.
+                    int32_t i = 0;
+                    while (i < length && !(text[i] >= 'A' && text[i] <= 'Z'))
+                        ++i;
+                    if (i < length) {
+                        if (length > 64)
+                            return ZkName(UnicodeString(text, length).toLower());
+                        for (int32_t k = 0; k < length; ++k) {
+                            char16_t u = text[k];
+                            lowered[k] = u >= 'A' && u <= 'Z' ? char16_t(u + 32) : u;
+                        }
+                        text = lowered;
+                    }
+                }
                 // The cache compares the whole text; its slot needs only a cheap hash of the
                 // length and the ends.
-                int32_t length = q - p;
                 uint32_t hash = uint32_t(length) * 0x9E3779B1u;
-                hash = hashStep(hash, c);
-                hash = hashStep(hash, b[q - 1]);
-                hash = hashStep(hash, b[p + (length >> 1)]);
-                return m_names.intern(b + p, length, hash);
+                hash = hashStep(hash, text[0]);
+                hash = hashStep(hash, text[length - 1]);
+                hash = hashStep(hash, text[length >> 1]);
+                return m_names.intern(text, length, hash);
             }
         }
     }
-    return readNameSlow();
+    return readNameSlow(fold);
 }
 
-ZkName XmlScanner::readNameSlow() {
+ZkName XmlScanner::readNameSlow(bool fold) {
     m_scratch.remove();
     UChar32 c = readChar();
     if (c == kEof || !ZkChar::isNCNameStartChar(c)) {
@@ -235,20 +271,22 @@ ZkName XmlScanner::readNameSlow() {
         }
         m_scratch.append(c);
     }
+    if (fold)
+        m_scratch.toLower();
     return m_names.intern(m_scratch.getBuffer(), m_scratch.length());
 }
 
-bool XmlScanner::readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal) {
+bool XmlScanner::readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal, bool fold) {
     colonWithoutLocal = false;
     prefix = ZkName();
-    local = readName();
+    local = readName(fold);
     if (local.isEmpty())
         return false;
     int unit = peekUnit();
     if (unit == ':' || (unit < 0 && peekChar() == ':')) {
         readChar();
         prefix = local;
-        local = readName();
+        local = readName(fold);
         colonWithoutLocal = local.isEmpty();
     }
     return true;
@@ -268,15 +306,26 @@ void XmlScanner::scanStartTag() {
     ZkName prefix;
     ZkName local;
     bool colonOnly = false;
-    if (!readQName(prefix, local, colonOnly) || colonOnly) {
+    // Once HTML is settled the names are folded as they are read.
+    bool folded = m_settledType == ZKN_html;
+    if (!readQName(prefix, local, colonOnly, folded) || colonOnly) {
         report(kErrorStartTagName, UnicodeString(), UnicodeString());
         if (local.isEmpty())
             local = prefix;
     }
-    if (m_firstElement.isEmpty())
+    if (m_firstElement.isEmpty()) {
         m_firstElement = local;
+        hintsChanged();
+    }
     m_in.rootSeenHere = true;
-    // A hook for HTML's implied elements goes here, before the scope opens.
+    if (isHtml()) {
+        if (!folded) {
+            prefix = prefix.lowerName();
+            local = local.lowerName();
+        }
+        if (prefix.isEmpty() && impliedBeforeStartTag(local))
+            return;
+    }
     OpenElement element;
     element.prefix = prefix;
     element.local = local;
@@ -303,16 +352,36 @@ void XmlScanner::scanAttributes() {
             report(kErrorUnclosedTag, openQName(), UnicodeString());
             return;
         }
-        if (!spaced && !isHtml())
+        bool html = isHtml();
+        if (!spaced && !html)
             return; // the tag end reports what stands here
         ZkName prefix;
         ZkName local;
         bool colonOnly = false;
-        if (!readQName(prefix, local, colonOnly)) {
-            c = readChar();
-            report(isHtml() ? kErrorHtmlCharacter : kErrorUnexpectedCharacter, charText(c),
-                   UnicodeString());
-            continue;
+        if (!readQName(prefix, local, colonOnly, html)) {
+            if (html && c != '"' && c != '\'' && c != '=') {
+                // Junk that cannot begin a name is a name all the same, to the next space.
+                UnicodeString junk;
+                for (;;) {
+                    c = readChar();
+                    if (c == kEof || isSpace(c) || c == '>' || c == '/' || c == '"' || c == '\'' ||
+                        c == '=') {
+                        pushBack(c);
+                        break;
+                    }
+                    junk.append(c);
+                }
+                if (junk.isEmpty()) {
+                    report(kErrorHtmlCharacter, charText(readChar()), UnicodeString());
+                    continue;
+                }
+                local = ZkName(junk.toLower());
+            } else {
+                c = readChar();
+                report(html ? kErrorHtmlCharacter : kErrorUnexpectedCharacter, charText(c),
+                       UnicodeString());
+                continue;
+            }
         }
         if (colonOnly)
             report(kErrorAttributeName, prefix.toString() + u":", UnicodeString());
@@ -335,7 +404,8 @@ void XmlScanner::scanAttributes() {
         attribute.viewStart = -1;
         if (c != '=') {
             pushBack(c);
-            report(kErrorMissingEquals, UnicodeString(), UnicodeString());
+            if (!html) // HTML: an attribute without "=" has an empty value
+                report(kErrorMissingEquals, UnicodeString(), UnicodeString());
         } else {
             int quote = peekUnit();
             if (quote == '"' || quote == '\'') {
@@ -348,6 +418,9 @@ void XmlScanner::scanAttributes() {
             }
             if (c == '"' || c == '\'') {
                 readValue(char16_t(c), attribute);
+            } else if (html) {
+                pushBack(c);
+                readUnquotedValue(attribute.value);
             } else {
                 pushBack(c);
                 report(kErrorMissingQuote, UnicodeString(), UnicodeString());
@@ -358,8 +431,14 @@ void XmlScanner::scanAttributes() {
             declareNamespace(local, ZkName(attributeValue(attribute)));
             attribute.ns = ZKN_NS_XMLNS;
         } else if (prefix.isEmpty() && local == ZKN_xmlns) {
-            declareNamespace(ZkName(), ZkName(attributeValue(attribute)));
+            ZkName uri(attributeValue(attribute));
+            declareNamespace(ZkName(), uri);
             attribute.ns = ZKN_NS_XMLNS;
+            // An XHTML root declared so, where XHTML is the default type, is XHTML.
+            if (html && uri == ZKN_NS_XHTML && m_open.size() == 1 &&
+                m_open.back().local == ZKN_html && m_open.back().prefix.isEmpty() &&
+                m_defaultType == ZKN_xhtml)
+                m_settledType = ZKN_xhtml;
         }
     }
 }
@@ -410,8 +489,10 @@ void XmlScanner::scanTagEnd() {
 void XmlScanner::finishStartTag() {
     OpenElement& element = m_open.back();
     bool root = !m_rootSeen;
-    if (root || (isHtml() && element.prefix.isEmpty())) {
-        // Chart, MathML and SVG roots need no declaration of their namespace.
+    bool html = isHtml();
+    if (root || (html && element.prefix.isEmpty())) {
+        // Chart, MathML and SVG elements need no declaration of their namespace, unless they
+        // declare a default of their own.
         ZkName implied;
         if (element.local == ZKN_chart)
             implied = ZKN_NS_CHARTML;
@@ -419,24 +500,43 @@ void XmlScanner::finishStartTag() {
             implied = ZKN_NS_MATHML;
         else if (element.local == ZKN_svg)
             implied = ZKN_NS_SVG;
-        if (!implied.isEmpty() && element.prefix.isEmpty() && resolvePrefix(ZkName()).isEmpty())
-            declareNamespace(ZkName(), implied);
-        if ((implied == ZKN_NS_CHARTML || implied == ZKN_NS_SVG) &&
-            resolvePrefix(ZKN_xlink).isEmpty())
-            declareNamespace(ZKN_xlink, ZKN_NS_XLINK);
+        if (!implied.isEmpty() && element.prefix.isEmpty()) {
+            auto own = m_prefixTop.find(0);
+            bool declaredHere = own != m_prefixTop.end() && own->second >= element.bindingStart;
+            if (!declaredHere && resolvePrefix(ZkName()) != implied)
+                declareNamespace(ZkName(), implied);
+            if ((implied == ZKN_NS_CHARTML || implied == ZKN_NS_SVG) &&
+                resolvePrefix(ZKN_xlink).isEmpty())
+                declareNamespace(ZKN_xlink, ZKN_NS_XLINK);
+        }
+    }
+    if (root && html) {
+        // HTML elements are in the XHTML namespace, whatever prefix they carry.
+        if (resolvePrefix(element.prefix).isEmpty())
+            declareNamespace(element.prefix, ZKN_NS_XHTML);
     }
     element.ns = resolvePrefix(element.prefix);
-    if (!element.prefix.isEmpty() && element.ns.isEmpty() && !isHtml() &&
+    if (!element.prefix.isEmpty() && element.ns.isEmpty() && !html &&
         !m_features[ZkXmlParser::FEATURE_LAX_ELEMENT_PREFIX])
         report(kErrorUndeclaredPrefix, element.prefix.toString(), UnicodeString());
     if (root) {
         m_rootSeen = true;
         m_rootNamespace = element.ns;
+        hintsChanged();
         // The character entities of the syntax come with its first element.
-        if (isHtml())
+        if (html) {
             loadEntitySet(kEntitySetHtml);
-        else if (isXhtml())
+            if (!m_htmlDefaultCharset.isEmpty() && !m_metaCharsetSeen &&
+                m_requestedEncoding.isEmpty())
+                switchEncoding(m_htmlDefaultCharset);
+        }
+        if (isXhtml())
             loadEntitySet(kEntitySetXhtml);
+    }
+    if (html) {
+        if (element.prefix.isEmpty())
+            countOpen(element);
+        finishHtmlStartTag();
     }
     if (element.local == ZKN_math && element.ns == ZKN_NS_MATHML)
         enterMathScope();
@@ -509,7 +609,15 @@ void XmlScanner::closeElement() {
     if (m_open.empty())
         return;
     leaveMathScope();
-    int32_t start = m_open.back().bindingStart;
+    const OpenElement& element = m_open.back();
+    if (element.counted) {
+        int32_t n = element.local.getEnum();
+        if (n <= ZKN_BUILTIN_LAST)
+            --m_openCounts[size_t(n)];
+        else if (--m_openCountsDynamic[n] == 0)
+            m_openCountsDynamic.erase(n);
+    }
+    int32_t start = element.bindingStart;
     for (int32_t i = int32_t(m_bindings.size()) - 1; i >= start; --i) {
         const NsBinding& binding = m_bindings[size_t(i)];
         if (binding.previous < 0)
@@ -528,12 +636,15 @@ void XmlScanner::scanEndTag() {
     ZkName prefix;
     ZkName local;
     bool colonOnly = false;
-    if (!readQName(prefix, local, colonOnly) || colonOnly)
+    bool html = isHtml();
+    if (!readQName(prefix, local, colonOnly, html) || colonOnly)
         report(kErrorEndTagName, UnicodeString(), UnicodeString());
     if (m_open.empty() || int(m_open.size()) <= m_in.baseDepth || m_open.back().prefix != prefix ||
         m_open.back().local != local) {
+        if (html && !m_open.empty() && int(m_open.size()) > m_in.baseDepth &&
+            m_open.back().ns == ZKN_NS_XHTML && !local.isEmpty() && recoverEndTag(prefix, local))
+            return;
         UnicodeString open = m_open.empty() ? UnicodeString() : openQName();
-        // A hook for HTML's end tag recovery goes here.
         report(kErrorEndTagMismatch, qualifiedName(prefix, local), open);
         if (m_open.empty()) {
             // Nothing to close: what follows is read as if the tag were not there.
@@ -631,6 +742,9 @@ void XmlScanner::scanRun(UnicodeString& target, uint16_t stops, char16_t quote, 
         break;
     case kStopPI:
         stopUnits[0] = '?';
+        break;
+    case kStopRawText:
+        stopUnits[0] = '<';
         break;
     default:
         break;
