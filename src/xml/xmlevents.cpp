@@ -148,6 +148,9 @@ void XmlScanner::startDocument() {
     m_in.column = 0;
     sniff(/*force=*/false);
     prescanMeta();
+    // The syntax is judged once before the first event: a text/html input answers its first
+    // question no, and the scanner asks that one.
+    isHtml();
     int kind = classify();
     if (kind == PEEK_PI) {
         m_peek = PEEK_NONE;

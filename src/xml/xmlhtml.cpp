@@ -735,6 +735,33 @@ void XmlScanner::switchEncoding(const UnicodeString& requested) {
     // decoded; text already read stays as it was read.
     int32_t from = in.pos > in.rawLimit ? in.pos : in.rawLimit;
     std::string again;
+    int32_t blockStart = in.end - in.blockUnits;
+    if (from < in.end && in.blockUnits > 0 && from >= blockStart && in.decoder) {
+        // The unread units all come from the last block: decode its bytes again up to the
+        // read position, and hand on the bytes from there.
+        int32_t units = from - blockStart;
+        std::unique_ptr<char16_t[]> scratch(new char16_t[size_t(units) + 2]);
+        const uint8_t* bytes = reinterpret_cast<const uint8_t*>(in.blockBytes.data());
+        int32_t size = int32_t(in.blockBytes.size());
+        int32_t consumed = 0;
+        int32_t produced = 0;
+        while (produced < units) {
+            int32_t want = units - produced;
+            int32_t used = 0;
+            int32_t got =
+                in.decoder(bytes + consumed, size - consumed, true, scratch.get() + produced,
+                           want < 2 ? 2 : want, want < 2 ? 1 : INT32_MAX, used);
+            if (got <= 0)
+                break;
+            produced += got;
+            consumed += used;
+        }
+        if (produced == units) {
+            again.assign(in.blockBytes, size_t(consumed), std::string::npos);
+            in.end = from;
+        }
+    }
+    in.blockUnits = 0;
     if (from < in.end) {
         UnicodeString ahead(in.chars.get() + from, in.end - from);
         bool bytes = in.encodingId == ZKN_EMPTY || in.encodingId == ZKN_US_ASCII ||

@@ -218,6 +218,7 @@ void ZkXmlParserImpl::setStreamType(const ZkUri::ContentInfo* info,
         m_scanner->m_language = info->language;
     }
     m_scanner->m_extension = ZkChar::toAsciiLower(extension);
+    m_scanner->m_extensionFromUri = false;
     m_scanner->hintsChanged();
 }
 
@@ -238,6 +239,13 @@ void ZkXmlParserImpl::setInput(std::istream& in, const UnicodeString& encoding,
 
 void ZkXmlParserImpl::setInputUri(const ZkUri& uri) {
     m_scanner->m_in.inputUri = uri.toString();
+    // A stream named by a file with an extension gives the extension as a hint, unless one
+    // was given.
+    if (m_scanner->m_extension.isEmpty() || m_scanner->m_extensionFromUri) {
+        m_scanner->m_extension = ZkChar::toAsciiLower(uri.getExtension());
+        m_scanner->m_extensionFromUri = true;
+        m_scanner->hintsChanged();
+    }
 }
 
 UnicodeString ZkXmlParserImpl::getInputUri() const {

@@ -159,6 +159,7 @@ void XmlScanner::openUri(ZkUri& uri, const UnicodeString& encoding, const Unicod
     if (m_contentType.isEmpty())
         m_contentType = ZkChar::toAsciiLower(info.contentType);
     m_extension = ZkChar::toAsciiLower(uri.getExtension());
+    m_extensionFromUri = true;
     m_language = info.language;
     hintsChanged();
     changeEncoding(encoding);
@@ -170,6 +171,11 @@ void XmlScanner::openStream(std::istream& in, const UnicodeString& encoding,
     reset();
     m_in.baseUri = baseUri;
     m_in.stream = m_in.underlying = &in;
+    if (m_extensionFromUri) {
+        m_extension.remove(); // the last input's, not this stream's
+        m_extensionFromUri = false;
+        hintsChanged();
+    }
     m_lastUri.remove();
     m_lastStream = &in;
     m_requestedEncoding = encoding;
@@ -548,6 +554,13 @@ bool XmlScanner::fill() {
             int32_t produced =
                 in.decoder(in.bytes.get() + in.bytePos, available, in.atEnd,
                            in.chars.get() + in.end, room, in.careful ? 1 : INT32_MAX, consumed);
+            if (produced > 0 && m_frames.empty() && m_settledType != ZKN_xhtml) {
+                // The bytes of the last block, so that a meta met in it can decode what
+                // follows it again, exactly.
+                in.blockBytes.assign(reinterpret_cast<const char*>(in.bytes.get() + in.bytePos),
+                                     size_t(consumed));
+                in.blockUnits = produced;
+            }
             in.bytePos += consumed;
             in.end += produced;
             if (produced > 0)

@@ -132,6 +132,10 @@ struct InputState {
     /// Bytes read from the stream and not yet decoded.
     std::unique_ptr<uint8_t[]> bytes;
     int32_t byteCapacity = 0;
+    /// The bytes the last decoded block came from, and the units it gave: the block is the
+    /// last `blockUnits` units before `end`.
+    std::string blockBytes;
+    int32_t blockUnits = 0;
     int32_t bytePos = 0;
     int32_t byteEnd = 0;
 };
@@ -385,6 +389,7 @@ public:
     UnicodeString m_htmlDefaultCharset;
     UnicodeString m_contentType;
     UnicodeString m_extension;
+    bool m_extensionFromUri = false; ///< taken from the input's URI, not given as a hint
     UnicodeString m_language;
     UnicodeString m_metaContentType; ///< the first content type a `meta` gave
     UnicodeString m_pubid;

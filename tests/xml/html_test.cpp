@@ -274,6 +274,20 @@ TEST(Html, MetaChangesTheDecoderInMidStream) {
     EXPECT_EQ("ja-jp", utf8(parser->getLanguage()));
 }
 
+TEST(Html, MetaPastThePrescanDecodesWhatFollowsItAgain) {
+    // Bytes decoded ahead as UTF-8 after a late meta are decoded again from their bytes.
+    std::string input = "<!DOCTYPE html><html><head><!--" + std::string(20000, 'x') +
+                        "--><meta charset=shift_jis></head><body>\x82\xA0</body></html>";
+    std::istringstream in(input);
+    ZkPtr<ZkXmlParser> parser = ZkXmlParser::createXmlParser();
+    parser->setInput(in, UnicodeString(), UnicodeString());
+    std::string text;
+    while (parser->next() != ZkXmlParser::END_DOCUMENT)
+        if (parser->getEventType() == ZkXmlParser::TEXT)
+            text += utf8(parser->getText());
+    EXPECT_EQ("\u3042", text);
+}
+
 TEST(Html, DefaultCharsetAppliesAtTheRootUnlessAMetaNamesOne) {
     for (bool meta : {false, true}) {
         std::string input = std::string("<html>") + (meta ? "<meta charset=utf-8>" : "") +
@@ -295,6 +309,12 @@ TEST(Html, DocumentLoadsHtmlFilesAsHtml) {
     document->load(UnicodeString::fromUTF8(kSamples + "windows-1252-charset.html"));
     EXPECT_TRUE(document->getParser()->isHTMLSyntax());
     EXPECT_EQ("body", utf8(document->getDocumentElement()->getLastChild()->getLocalName()));
+    // A stream named by a .html file, and after it one named by no file.
+    for (const char* name : {"file:///page.html", ""}) {
+        std::istringstream in("<p>a</p>");
+        document->load(in, nullptr, UnicodeString::fromUTF8(name));
+        EXPECT_EQ(*name != 0, document->getParser()->isHTMLSyntax()) << name;
+    }
 }
 
 TEST(Html, WithoutCallbackAStrayEndTagThrowsItsFatalTwin) {
