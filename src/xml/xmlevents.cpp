@@ -175,6 +175,7 @@ void XmlScanner::endDocument() {
     }
     m_event = ZkXmlParser::END_DOCUMENT;
     m_peek = PEEK_EOF;
+    m_held = PEEK_NONE;
     if (m_autoClose)
         closeStream();
 }

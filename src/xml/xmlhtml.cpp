@@ -135,8 +135,10 @@ private:
     TagInfo m_none;
 };
 
-const TagTable& tags() {
-    static const TagTable s_tags;
+// Built at load time from constants alone: no guard on the hot path.
+const TagTable s_tags;
+
+inline const TagTable& tags() {
     return s_tags;
 }
 
@@ -452,10 +454,10 @@ void XmlScanner::openImplied(ZkName local) {
 
 bool XmlScanner::impliedBeforeStartTag(ZkName local) {
     auto again = [this, local] {
-        // The tag is met again after the event made here.
-        UnicodeString text(u'<');
-        text.append(local.toString());
-        pushBackText(text);
+        // The tag is met again after the event made here, with the name already read.
+        m_held = PEEK_START_TAG;
+        m_heldPrefix = ZkName();
+        m_heldLocal = local;
     };
     if (int(m_open.size()) > m_in.baseDepth) {
         const OpenElement& open = m_open.back();
@@ -487,10 +489,10 @@ bool XmlScanner::impliedBeforeStartTag(ZkName local) {
 bool XmlScanner::recoverEndTag(ZkName prefix, ZkName local) {
     const OpenElement& open = m_open.back();
     auto endOpen = [this, prefix, local] {
-        // The open element ends here; the end tag is met again.
-        UnicodeString text(u"</");
-        text.append(qualifiedName(prefix, local));
-        pushBackText(text);
+        // The open element ends here; the end tag is met again, with the name already read.
+        m_held = PEEK_END_TAG;
+        m_heldPrefix = prefix;
+        m_heldLocal = local;
         m_event = ZkXmlParser::END_TAG;
         m_peek = PEEK_NONE;
         return true;

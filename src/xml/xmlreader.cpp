@@ -85,6 +85,7 @@ void XmlScanner::reset() {
     setXml11(false);
     m_event = ZkXmlParser::START_DOCUMENT;
     m_peek = PEEK_NONE;
+    m_held = PEEK_NONE;
     m_hasXmlDecl = m_doctypeSeen = m_rootSeen = m_emptyTag = false;
     m_settledType = ZKN_EMPTY;
     hintsChanged();

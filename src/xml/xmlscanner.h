@@ -409,6 +409,11 @@ public:
     // Event.
     int m_event = ZkXmlParser::START_DOCUMENT;
     int m_peek = PEEK_NONE;
+    /// A tag whose name was read before an implied event: PEEK_START_TAG or PEEK_END_TAG, met
+    /// again next with this name, and the rest of the tag still in the input.
+    int m_held = PEEK_NONE;
+    ZkName m_heldPrefix;
+    ZkName m_heldLocal;
     bool m_hasXmlDecl = false;
     mutable ZkNameEnum m_settledType = ZKN_EMPTY; ///< html or xhtml once settled
     mutable int8_t m_htmlGuess = -1; ///< an unsettled judgment kept until a hint changes

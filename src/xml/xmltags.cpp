@@ -123,6 +123,8 @@ UChar32 XmlScanner::peekChar() {
 int XmlScanner::classify() {
     if (m_peek >= PEEK_START_TAG)
         return m_peek;
+    if (m_held != PEEK_NONE)
+        return m_peek = m_held;
     int kind;
     int unit = peekUnit();
     if (m_in.parserType == ZKN_text) {
@@ -301,17 +303,24 @@ void XmlScanner::scanStartTag() {
         endDocument();
         return;
     }
-    if (isSpace(peekChar()))
-        report(kErrorUnexpectedWhitespace, UnicodeString(u"<"), UnicodeString());
     ZkName prefix;
     ZkName local;
     bool colonOnly = false;
     // Once HTML is settled the names are folded as they are read.
     bool folded = m_settledType == ZKN_html;
-    if (!readQName(prefix, local, colonOnly, folded) || colonOnly) {
-        report(kErrorStartTagName, UnicodeString(), UnicodeString());
-        if (local.isEmpty())
-            local = prefix;
+    if (m_held == PEEK_START_TAG) {
+        m_held = PEEK_NONE; // the name read before an implied event
+        prefix = m_heldPrefix;
+        local = m_heldLocal;
+        folded = true;
+    } else {
+        if (isSpace(peekChar()))
+            report(kErrorUnexpectedWhitespace, UnicodeString(u"<"), UnicodeString());
+        if (!readQName(prefix, local, colonOnly, folded) || colonOnly) {
+            report(kErrorStartTagName, UnicodeString(), UnicodeString());
+            if (local.isEmpty())
+                local = prefix;
+        }
     }
     if (m_firstElement.isEmpty()) {
         m_firstElement = local;
@@ -631,14 +640,20 @@ void XmlScanner::closeElement() {
 
 void XmlScanner::scanEndTag() {
     m_event = ZkXmlParser::END_TAG;
-    if (isSpace(peekChar()))
-        report(kErrorUnexpectedWhitespace, UnicodeString(u"</"), UnicodeString());
     ZkName prefix;
     ZkName local;
     bool colonOnly = false;
     bool html = isHtml();
-    if (!readQName(prefix, local, colonOnly, html) || colonOnly)
-        report(kErrorEndTagName, UnicodeString(), UnicodeString());
+    if (m_held == PEEK_END_TAG) {
+        m_held = PEEK_NONE; // the name read before an implied end
+        prefix = m_heldPrefix;
+        local = m_heldLocal;
+    } else {
+        if (isSpace(peekChar()))
+            report(kErrorUnexpectedWhitespace, UnicodeString(u"</"), UnicodeString());
+        if (!readQName(prefix, local, colonOnly, html) || colonOnly)
+            report(kErrorEndTagName, UnicodeString(), UnicodeString());
+    }
     if (m_open.empty() || int(m_open.size()) <= m_in.baseDepth || m_open.back().prefix != prefix ||
         m_open.back().local != local) {
         if (html && !m_open.empty() && int(m_open.size()) > m_in.baseDepth &&
