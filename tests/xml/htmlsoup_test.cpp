@@ -57,7 +57,7 @@ struct Load {
     }
 };
 
-// The text of every text node in document order, never loading.
+// The text of every text node in document order.
 std::string textOf(ZkDocument& doc) {
     UnicodeString text;
     ZkTreeIterator walk(&doc, nullptr, false, ZkTreeIterator::PRE_ORDER);
