@@ -77,8 +77,9 @@ bool isXmlSpace(const UnicodeString& text) {
     return true;
 }
 
-// Two shapes of an HTML tree have no XML form: text beside the root (kept from before the first
-// element) and attributes whose names are not XML names (junk in a start tag read as names).
+// Three shapes of an HTML tree have no XML form: text beside the root (kept from before the first
+// element), attributes whose names are not XML names (junk in a start tag read as names) and
+// elements below the root whose prefix is bound to nothing.
 // Their saved text can't load again, so the reload check skips them.
 bool hasXmlForm(ZkDocument& doc) {
     for (ZkNode* child = doc.getFirstChildFast(); child; child = child->getNextSiblingFast())
@@ -86,6 +87,9 @@ bool hasXmlForm(ZkDocument& doc) {
             return false;
     ZkTreeIterator walk(&doc, nullptr, false, ZkTreeIterator::PRE_ORDER);
     while (ZkNode* node = walk.nextNode()) {
+        if (node->getNodeType() == ZkNode::ELEMENT_NODE && !node->getPrefix().isEmpty() &&
+            node->getNamespaceUri().isEmpty())
+            return false;
         ZkNamedNodeMap* attributes = node->getAttributes();
         for (int i = 0; attributes && i < attributes->getCount(); ++i)
             if (!isXmlName(attributes->item(i)->getNodeName().toString()))

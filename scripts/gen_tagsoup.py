@@ -393,6 +393,8 @@ def fam_markup(c, rng):
     c.add("markup", "<?xml version='1.0'?><html xmlns='http://www.w3.org/1999/xhtml'><br><p>x")
     c.add("markup", "<?xml version='1.1'?><p>\x85\u2028</p>")
     c.add("markup", "<html xmlns='http://www.w3.org/1999/xhtml'><p>x<br></p></html>")
+    c.add("markup", "<p><o:p>office</o:p><x:y:z>colons</x:y:z></p>")
+    c.add("markup", "<p><i:>empty local name</i:></p>")
 
 
 def fam_random(c, rng):
