@@ -108,6 +108,9 @@ void XmlScanner::scanText() {
     for (;;) {
         if (!topLevel)
             scanRun(m_text, raw ? kStopRawText : kStopText, 0, /*value=*/false);
+        int unit = peekUnit();
+        if ((unit == '<' || (unit == '&' && !raw)) && m_text.length() > start)
+            break; // markup follows, left in place
         UChar32 c = readChar();
         if (c == '<' && m_text.length() == start && (raw || isHtml())) {
             // The classifier sent "<" here: HTML's "<" before no name, or in raw text.
@@ -403,7 +406,16 @@ void XmlScanner::scanBang() {
     if (c == '[') {
         ZkName name = readName();
         if (name == ZKN_CDATA) {
-            if (int(m_open.size()) == m_in.baseDepth && !isHtml())
+            bool top = int(m_open.size()) == m_in.baseDepth;
+            if (top && isHtml() && !m_rootSeen && m_open.empty()) {
+                // HTML: a section before the root is content of an implied html.
+                pushBackText(UnicodeString(u"<![CDATA"));
+                m_firstElement = ZKN_html;
+                hintsChanged();
+                openImplied(ZKN_html);
+                return;
+            }
+            if (top && (!isHtml() || m_rootSeen))
                 report(kErrorUnexpectedMarkedSection, name.toString(), UnicodeString());
             if (readChar() != '[')
                 report(kErrorCDataSyntax, UnicodeString(), UnicodeString());

@@ -193,6 +193,14 @@ void XmlScanner::dispatch(int kind) {
         scanText();
         break;
     case PEEK_REFERENCE:
+        if (m_open.empty() && !m_rootSeen && isHtml()) {
+            // HTML: a reference before the root is text of an implied html.
+            pushBack('&');
+            m_firstElement = ZKN_html;
+            hintsChanged();
+            openImplied(ZKN_html);
+            break;
+        }
         readReference(nullptr);
         break;
     case PEEK_PI:

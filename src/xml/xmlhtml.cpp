@@ -545,11 +545,11 @@ bool XmlScanner::recoverEndTag(ZkName prefix, ZkName local) {
 }
 
 bool XmlScanner::impliedByText(int32_t start) {
-    if (m_doctypeName != ZKN_html)
-        return false;
+    // Text before the root implies html, with a DOCTYPE html or without one, so that a
+    // document keeps one root element; text in html implies body after a DOCTYPE html.
     bool beforeRoot = m_open.empty() && !m_rootSeen;
-    bool inHtml =
-        m_open.size() == 1 && m_open.back().local == ZKN_html && m_open.back().ns == ZKN_NS_XHTML;
+    bool inHtml = m_doctypeName == ZKN_html && m_open.size() == 1 &&
+                  m_open.back().local == ZKN_html && m_open.back().ns == ZKN_NS_XHTML;
     if (!beforeRoot && !inHtml)
         return false;
     int32_t limit = m_text.length();
@@ -571,11 +571,27 @@ bool XmlScanner::impliedByText(int32_t start) {
 
 void XmlScanner::readUnquotedValue(UnicodeString& out) {
     for (;;) {
-        UChar32 c = readChar();
-        if (c == kEof || isSpace(c) || c == '>') {
-            pushBack(c);
-            return;
+        // The plain run in place, in one piece.
+        InputState& in = m_in;
+        if (in.pos >= in.rawLimit) {
+            const char16_t* b = in.chars.get();
+            int32_t p = in.pos;
+            while (p < in.end) {
+                char16_t u = b[p];
+                if (u <= ' ' || u == '>' || u == '&' || u == '/' || u >= m_fastLimit)
+                    break;
+                ++p;
+            }
+            if (p > in.pos) {
+                out.append(b + in.pos, p - in.pos);
+                in.column += p - in.pos;
+                in.pos = p;
+            }
         }
+        UChar32 c = peekChar();
+        if (c == kEof || isSpace(c) || c == '>')
+            return;
+        readChar();
         if (c == '/' && peekChar() == '>') {
             pushBack(c);
             return;

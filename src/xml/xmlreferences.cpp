@@ -137,15 +137,16 @@ UChar32 XmlScanner::readCharReference(UnicodeString& digits, bool& ok) {
 }
 
 void XmlScanner::readReference(UnicodeString* out) {
-    if (!out && int(m_open.size()) == m_in.baseDepth && !isHtml()) {
+    if (!out && int(m_open.size()) == m_in.baseDepth && (!isHtml() || m_rootSeen)) {
         // A reference is content: outside the root element it is text at the top level.
         report(kErrorTopLevelText, UnicodeString(u"&"), UnicodeString());
     }
     // A reference begun in an entity's text ends there: one that runs past the end of the
     // expansion is broken.
     size_t expansions = m_expanding.size();
-    UChar32 c = readChar();
+    UChar32 c = peekChar(); // a name is read in place when it can be
     if (c == '#') {
+        readChar();
         UnicodeString digits;
         bool ok = false;
         UChar32 value = readCharReference(digits, ok);
@@ -168,7 +169,6 @@ void XmlScanner::readReference(UnicodeString* out) {
         }
         return;
     }
-    pushBack(c);
     ZkName name = readName();
     if (name.isEmpty() && isHtml()) {
         htmlLiteral(out, UnicodeString(u"&"));

@@ -44,6 +44,16 @@ UnicodeString charText(UChar32 c) {
     return c == kEof ? UnicodeString() : UnicodeString(c);
 }
 
+bool isNCName(const UnicodeString& text) {
+    for (int32_t i = 0; i < text.length();) {
+        UChar32 c = text.char32At(i);
+        if (i == 0 ? !ZkChar::isNCNameStartChar(c) : !ZkChar::isNCNameChar(c))
+            return false;
+        i += U16_LENGTH(c);
+    }
+    return !text.isEmpty();
+}
+
 constexpr uint16_t classOf(int c) {
     return uint16_t(((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'
                          ? kNameStart | kNameChar
@@ -367,6 +377,7 @@ void XmlScanner::scanAttributes() {
         ZkName prefix;
         ZkName local;
         bool colonOnly = false;
+        bool dropped = false;
         if (!readQName(prefix, local, colonOnly, html)) {
             if (html && c != '"' && c != '\'' && c != '=') {
                 // Junk that cannot begin a name is a name all the same, to the next space.
@@ -384,7 +395,12 @@ void XmlScanner::scanAttributes() {
                     report(kErrorHtmlCharacter, charText(readChar()), UnicodeString());
                     continue;
                 }
-                local = ZkName(junk.toLower());
+                // Read as a name, but kept only when it is one: the element must save as XML.
+                dropped = !isNCName(junk);
+                if (dropped)
+                    report(kErrorHtmlCharacter, junk, UnicodeString());
+                else
+                    local = ZkName(junk.toLower());
             } else {
                 c = readChar();
                 report(html ? kErrorHtmlCharacter : kErrorUnexpectedCharacter, charText(c),
@@ -401,7 +417,10 @@ void XmlScanner::scanAttributes() {
             c = '=';
         } else {
             skipWhitespace();
-            c = readChar();
+            // HTML looks before it reads, so that what follows stays in place.
+            c = html ? peekChar() : readChar();
+            if (html && c == '=')
+                readChar();
         }
         if (m_attributeCount == int(m_attributes.size()))
             m_attributes.emplace_back();
@@ -412,9 +431,10 @@ void XmlScanner::scanAttributes() {
         attribute.value.remove();
         attribute.viewStart = -1;
         if (c != '=') {
-            pushBack(c);
-            if (!html) // HTML: an attribute without "=" has an empty value
+            if (!html) { // HTML: an attribute without "=" has an empty value
+                pushBack(c);
                 report(kErrorMissingEquals, UnicodeString(), UnicodeString());
+            }
         } else {
             int quote = peekUnit();
             if (quote == '"' || quote == '\'') {
@@ -423,18 +443,21 @@ void XmlScanner::scanAttributes() {
                 c = quote;
             } else {
                 skipWhitespace();
-                c = readChar();
+                c = html ? peekChar() : readChar();
+                if (html && (c == '"' || c == '\''))
+                    readChar();
             }
             if (c == '"' || c == '\'') {
                 readValue(char16_t(c), attribute);
             } else if (html) {
-                pushBack(c);
                 readUnquotedValue(attribute.value);
             } else {
                 pushBack(c);
                 report(kErrorMissingQuote, UnicodeString(), UnicodeString());
             }
         }
+        if (dropped)
+            continue;
         ++m_attributeCount;
         if (prefix == ZKN_xmlns) {
             declareNamespace(local, ZkName(attributeValue(attribute)));
@@ -525,6 +548,10 @@ void XmlScanner::finishStartTag() {
             declareNamespace(element.prefix, ZKN_NS_XHTML);
     }
     element.ns = resolvePrefix(element.prefix);
+    // HTML: an undeclared prefix names its own namespace, as it does on attributes, so that
+    // the element saves as namespace-well-formed XML.
+    if (html && !element.prefix.isEmpty() && element.ns.isEmpty())
+        element.ns = element.prefix;
     if (!element.prefix.isEmpty() && element.ns.isEmpty() && !html &&
         !m_features[ZkXmlParser::FEATURE_LAX_ELEMENT_PREFIX])
         report(kErrorUndeclaredPrefix, element.prefix.toString(), UnicodeString());
@@ -656,8 +683,10 @@ void XmlScanner::scanEndTag() {
     }
     if (m_open.empty() || int(m_open.size()) <= m_in.baseDepth || m_open.back().prefix != prefix ||
         m_open.back().local != local) {
-        if (html && !m_open.empty() && int(m_open.size()) > m_in.baseDepth &&
-            m_open.back().ns == ZKN_NS_XHTML && !local.isEmpty() && recoverEndTag(prefix, local))
+        // HTML recovers in any namespace: an SVG or MathML element left open inside HTML is
+        // closed by the end tag of an element around it.
+        if (html && !m_open.empty() && int(m_open.size()) > m_in.baseDepth && !local.isEmpty() &&
+            recoverEndTag(prefix, local))
             return;
         UnicodeString open = m_open.empty() ? UnicodeString() : openQName();
         report(kErrorEndTagMismatch, qualifiedName(prefix, local), open);
