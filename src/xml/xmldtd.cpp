@@ -149,6 +149,14 @@ void XmlScanner::loadEntitySet(int set) {
     if (m_setLoaded[set])
         return;
     m_setLoaded[set] = true;
+    if (set == kEntitySetHtml) {
+        // The largest set is read in place, not copied into every parser.
+        static std::unordered_map<int32_t, UnicodeString> s_html;
+        if (s_html.empty())
+            s_html.insert(entitySet(set).begin(), entitySet(set).end());
+        m_sharedEntities = &s_html;
+        return;
+    }
     for (const auto& entry : entitySet(set)) {
         if (m_externalEntities.count(entry.first) == 0)
             m_entities.emplace(entry.first, entry.second); // a document's own entity wins

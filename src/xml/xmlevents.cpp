@@ -131,8 +131,8 @@ const UnicodeString& XmlScanner::text() const {
         return m_ownText;
     if (!m_cachedValid) {
         if (m_event == ZkXmlParser::ENTITY_REF && !m_entityName.isEmpty()) {
-            auto found = m_entities.find(m_entityName.getEnum());
-            m_cachedText = found != m_entities.end() ? found->second : UnicodeString();
+            const UnicodeString* found = findEntity(m_entityName);
+            m_cachedText = found ? *found : UnicodeString();
         } else {
             // One copy into the cache, whose buffer the caller's strings share; the scanner's
             // own buffer stays unshared, so it is reused without a new allocation per event.
@@ -261,10 +261,9 @@ int XmlScanner::next() {
             case ZkXmlParser::ENTITY_REF: {
                 if (m_entityName.isEmpty())
                     break; // a character reference: its character is in the text
-                auto found = m_entities.find(m_entityName.getEnum());
-                auto outer = found == m_entities.end()
-                                 ? m_externalEntities.find(m_entityName.getEnum())
-                                 : m_externalEntities.end();
+                const UnicodeString* found = findEntity(m_entityName);
+                auto outer = !found ? m_externalEntities.find(m_entityName.getEnum())
+                                    : m_externalEntities.end();
                 if (outer != m_externalEntities.end()) {
                     // An external parsed entity is read in place as content.
                     if (m_features[ZkXmlParser::FEATURE_NO_EXTERNAL_ENTITY])
@@ -275,7 +274,7 @@ int XmlScanner::next() {
                         pushStream(outer->second, ZkName(), UnicodeString());
                     break;
                 }
-                if (found == m_entities.end()) {
+                if (!found) {
                     if (!m_features[ZkXmlParser::FEATURE_IGNORE_UNDEFINED_ENTITY])
                         report(kErrorUndefinedEntity, m_entityName.toString(), UnicodeString());
                     break;
@@ -290,7 +289,7 @@ int XmlScanner::next() {
                 }
                 static const char16_t kEndMark = kExpansionEnd;
                 pushBackText(&kEndMark, 1);
-                pushBackText(found->second);
+                pushBackText(*found);
                 m_expanding.emplace_back(m_entityName, 0);
                 break;
             }

@@ -619,7 +619,7 @@ bool XmlScanner::htmlReference(UnicodeString* out, ZkName name, UChar32& c) {
         pushBack(c); // no ";" is needed
         c = ';';
     }
-    if (m_entities.count(name.getEnum()) || m_externalEntities.count(name.getEnum()))
+    if (findEntity(name) || m_externalEntities.count(name.getEnum()))
         return true;
     // A name with no replacement stays as it was written, and is not reported.
     UnicodeString text(u'&');

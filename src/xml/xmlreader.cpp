@@ -124,6 +124,7 @@ void XmlScanner::reset() {
     m_externalParamEntities.clear();
     m_reportedParams.clear();
     m_setLoaded[0] = m_setLoaded[1] = m_setLoaded[2] = false;
+    m_sharedEntities = nullptr;
     m_doctypeName = ZkName();
     m_includeDepth = 0;
     m_subsetExpanded = 0;

@@ -192,12 +192,12 @@ void XmlScanner::readReference(UnicodeString* out) {
         m_entityName = name;
         return;
     }
-    auto found = m_entities.find(name.getEnum());
-    if (found == m_entities.end()) {
+    const UnicodeString* found = findEntity(name);
+    if (!found) {
         reportUndefined(name);
         return;
     }
-    expandInto(name, found->second, *out);
+    expandInto(name, *found, *out);
 }
 
 void XmlScanner::reportUndefined(ZkName name) {
@@ -262,12 +262,12 @@ void XmlScanner::expandInto(ZkName name, const UnicodeString& replacement, Unico
                     return;
                 }
             }
-            auto found = m_entities.find(inner.getEnum());
-            if (found == m_entities.end()) {
+            const UnicodeString* found = findEntity(inner);
+            if (!found) {
                 reportUndefined(inner);
                 continue;
             }
-            stack.push_back(Level{inner, &found->second, 0});
+            stack.push_back(Level{inner, found, 0});
             continue;
         }
         if (c == '<') {

@@ -456,6 +456,21 @@ public:
 
     // Entities: the general table holds the five predefined ones and the caller's additions.
     std::unordered_map<int32_t, UnicodeString> m_entities;
+    /// The HTML set, shared by every parser and read in place after the document's own
+    /// entities; null until an HTML root loads it.
+    const std::unordered_map<int32_t, UnicodeString>* m_sharedEntities = nullptr;
+    /// The replacement text of a general entity, or null.
+    const UnicodeString* findEntity(ZkName name) const {
+        auto found = m_entities.find(name.getEnum());
+        if (found != m_entities.end())
+            return &found->second;
+        if (m_sharedEntities && !m_externalEntities.count(name.getEnum())) {
+            auto shared = m_sharedEntities->find(name.getEnum());
+            if (shared != m_sharedEntities->end())
+                return &shared->second;
+        }
+        return nullptr;
+    }
     std::unordered_set<int32_t> m_reportedEntities;
     /// Expansions in progress in the pushed-back text: the entity and the unread length of the
     /// buffer below which its text ends. A reference to an entity in this list is a loop.
