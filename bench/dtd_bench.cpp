@@ -1,9 +1,11 @@
 // A small document over a large external DTD, read again and again: ours keeps the entities of
 // a subset for the process after the first reading; libxml2 (xmlReadFile loading the DTD and
-// substituting entities) reads the subset each time. Items are documents.
+// substituting entities) reads the subset each time. Items are documents; the first reading of
+// the process, which fills the cache, is reported apart as first_read_us.
 #include "ratio.h"
 
 #include <benchmark/benchmark.h>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <libxml/parser.h>
@@ -37,18 +39,34 @@ const std::string& documentPath() {
     return path;
 }
 
+int64_t readOurs(ZkXmlParserImpl& parser, const std::string& path) {
+    int64_t touched = 0;
+    ZkUri uri(UnicodeString::fromUTF8(path), ZkUri::URISTR_FILEPATH);
+    parser.setInput(uri, UnicodeString(), UnicodeString());
+    for (int event; (event = parser.next()) != ZkXmlParser::END_DOCUMENT;) {
+        if (event == ZkXmlParser::TEXT)
+            touched += parser.getText().length();
+    }
+    return touched;
+}
+
 void ours(benchmark::State& state) {
     const std::string& path = documentPath();
     ZkXmlParserImpl parser;
-    int64_t touched = 0;
-    for (auto _ : state) {
-        ZkUri uri(UnicodeString::fromUTF8(path), ZkUri::URISTR_FILEPATH);
-        parser.setInput(uri, UnicodeString(), UnicodeString());
-        for (int event; (event = parser.next()) != ZkXmlParser::END_DOCUMENT;) {
-            if (event == ZkXmlParser::TEXT)
-                touched += parser.getText().length();
-        }
+    // The first reading of the process fills the subset cache; it is timed on its own, so that
+    // the report shows what the cache saves every later reading.
+    static double firstMicroseconds = -1;
+    if (firstMicroseconds < 0) {
+        auto start = std::chrono::steady_clock::now();
+        benchmark::DoNotOptimize(readOurs(parser, path));
+        firstMicroseconds =
+            std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
+                .count();
     }
+    state.counters["first_read_us"] = firstMicroseconds;
+    int64_t touched = 0;
+    for (auto _ : state)
+        touched += readOurs(parser, path);
     benchmark::DoNotOptimize(touched);
     state.SetItemsProcessed(int64_t(state.iterations()));
 }
