@@ -207,6 +207,7 @@ def fam_attributes(c, rng):
     for _ in range(6):
         c.add("attr", "".join(start(rng, rng.choice(ALL), rng.randint(1, 8)) + words(rng, 1)
                               for _ in range(rng.randint(3, 15))))
+    c.add("attr", '<p><b x:a="1" xmlns:x>t</b><i xmlns:y="" y:b="2">u</i></p>')
 
 
 def encode(text, charset):
