@@ -3,6 +3,7 @@
 // the whole tree and tearing it down. Besides the speed, each reports the heap it holds per node
 // (elements, attributes, texts and instructions) once the tree stands, measured once per
 // program in a fresh process.
+#include "benchdocs.h"
 #include "ratio.h"
 
 #include <benchmark/benchmark.h>
@@ -29,35 +30,6 @@
 using namespace ZkCommonNS;
 
 namespace {
-
-const std::string kDocs = ZK_BENCH_DOCS_DIR;
-
-// The parser benchmark's documents, written into the build tree on first use.
-const std::string& document(const char* name) {
-    static std::map<std::string, std::string> loaded;
-    auto found = loaded.find(name);
-    if (found != loaded.end())
-        return found->second;
-    std::string path = kDocs + "/" + name;
-    if (!std::ifstream(path)) {
-        std::string command =
-            "python3 '" ZK_SOURCE_DIR "/scripts/gen_bench_docs.py' '" + kDocs + "'";
-        if (std::system(command.c_str()) != 0)
-            std::fprintf(stderr, "cannot generate the documents in %s\n", kDocs.c_str());
-    }
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    return loaded[name] = content.str();
-}
-
-/// An istream over bytes in memory, without a copy.
-struct MemoryBuf : std::streambuf {
-    explicit MemoryBuf(const std::string& bytes) {
-        char* start = const_cast<char*>(bytes.data());
-        setg(start, start, start + bytes.size());
-    }
-};
 
 size_t heapInUse() {
     struct mallinfo2 info = mallinfo2();
@@ -154,7 +126,7 @@ Measured measureOurs(const std::string& bytes) {
 }
 
 void ours(benchmark::State& state, const char* name) {
-    const std::string& bytes = document(name);
+    const std::string& bytes = benchDocument(name);
     reportMemory(state, std::string("ours/") + name);
     for (auto _ : state) {
         ZkPtr<ZkDocument> doc = loadOurs(bytes);
@@ -175,7 +147,7 @@ Measured measureLibxml2(const std::string& bytes) {
 }
 
 void libxml2(benchmark::State& state, const char* name) {
-    const std::string& bytes = document(name);
+    const std::string& bytes = benchDocument(name);
     reportMemory(state, std::string("libxml2/") + name);
     for (auto _ : state) {
         xmlDocPtr doc = loadLibxml2(bytes);
@@ -215,7 +187,7 @@ Measured measurePugixml(const std::string& bytes) {
 }
 
 void pugixml(benchmark::State& state, const char* name) {
-    const std::string& bytes = document(name);
+    const std::string& bytes = benchDocument(name);
     reportMemory(state, std::string("pugixml/") + name);
     for (auto _ : state) {
         pugi::xml_document doc;
@@ -242,7 +214,7 @@ BENCHMARK_CAPTURE(pugixml, xhtml, "xhtml.xml")->Unit(benchmark::kMillisecond);
 // Fills s_perNode, each measure in a process of its own.
 void measureMemory() {
     for (const char* name : {"fo", "xhtml"}) {
-        const std::string& bytes = document((std::string(name) + ".xml").c_str());
+        const std::string& bytes = benchDocument((std::string(name) + ".xml").c_str());
         std::vector<std::pair<std::string, Measured (*)(const std::string&)>> measures = {
             {"ours/", &measureOurs}, {"libxml2/", &measureLibxml2}};
 #ifdef ZK_HAVE_PUGIXML

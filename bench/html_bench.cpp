@@ -2,6 +2,7 @@
 // and lists, unclosed p, li and td, entities, scripts, styles, a meta charset) as HTML, against
 // libxml2's htmlReadMemory on the same bytes, each building the whole tree and tearing it down.
 // Items are input bytes; both report the nodes they built (elements, attributes and texts).
+#include "benchdocs.h"
 #include "ratio.h"
 
 #include <benchmark/benchmark.h>
@@ -20,32 +21,6 @@
 using namespace ZkCommonNS;
 
 namespace {
-
-// The page, written into the build tree on first use with the other benchmark documents.
-const std::string& page() {
-    static std::string bytes;
-    if (!bytes.empty())
-        return bytes;
-    const std::string dir = ZK_BENCH_DOCS_DIR;
-    const std::string path = dir + "/html.html";
-    if (!std::ifstream(path)) {
-        std::string command = "python3 '" ZK_SOURCE_DIR "/scripts/gen_bench_docs.py' '" + dir + "'";
-        if (std::system(command.c_str()) != 0)
-            std::fprintf(stderr, "cannot generate the documents in %s\n", dir.c_str());
-    }
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    return bytes = content.str();
-}
-
-/// An istream over bytes in memory, without a copy.
-struct MemoryBuf : std::streambuf {
-    explicit MemoryBuf(const std::string& bytes) {
-        char* start = const_cast<char*>(bytes.data());
-        setg(start, start, start + bytes.size());
-    }
-};
 
 void noteFatal(const ZkError& error, void* fatal) {
     if (getErrorLevel(error.getErrorCode()) == ZK_ERROR_LEVEL_FATAL)
@@ -110,7 +85,7 @@ int64_t countLibxml2(xmlNodePtr node) {
 }
 
 void ours(benchmark::State& state) {
-    const std::string& bytes = page();
+    const std::string& bytes = benchDocument("html.html");
     {
         bool fatal = false;
         ZkPtr<ZkDocument> doc = loadOurs(bytes, &fatal);
@@ -130,7 +105,7 @@ void ours(benchmark::State& state) {
 }
 
 void libxml2(benchmark::State& state) {
-    const std::string& bytes = page();
+    const std::string& bytes = benchDocument("html.html");
     {
         htmlDocPtr doc = loadLibxml2(bytes);
         state.counters["nodes"] = double(countLibxml2(doc ? doc->children : nullptr));

@@ -2,6 +2,7 @@
 // expat, each touching every name, attribute value and text, with ICU's UTF-8 to UTF-16
 // conversion of the same bytes as the floor. The documents are written by
 // scripts/gen_bench_docs.py into the build tree on the first run.
+#include "benchdocs.h"
 #include "ratio.h"
 
 #include <benchmark/benchmark.h>
@@ -24,36 +25,8 @@ using namespace ZkCommonNS;
 
 namespace {
 
-const std::string kDocs = ZK_BENCH_DOCS_DIR;
-
-const std::string& document(const char* name) {
-    static std::map<std::string, std::string> loaded;
-    auto found = loaded.find(name);
-    if (found != loaded.end())
-        return found->second;
-    std::string path = kDocs + "/" + name;
-    if (!std::ifstream(path)) {
-        std::string command =
-            "python3 '" ZK_SOURCE_DIR "/scripts/gen_bench_docs.py' '" + kDocs + "'";
-        if (std::system(command.c_str()) != 0)
-            std::fprintf(stderr, "cannot generate the documents in %s\n", kDocs.c_str());
-    }
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    return loaded[name] = content.str();
-}
-
-/// An istream over bytes in memory, without a copy.
-struct MemoryBuf : std::streambuf {
-    MemoryBuf(const std::string& bytes) {
-        char* start = const_cast<char*>(bytes.data());
-        setg(start, start, start + bytes.size());
-    }
-};
-
 void ours(benchmark::State& state, const char* name) {
-    const std::string& bytes = document(name);
+    const std::string& bytes = benchDocument(name);
     ZkXmlParserImpl parser;
     int64_t touched = 0;
     for (auto _ : state) {
@@ -78,7 +51,7 @@ void ours(benchmark::State& state, const char* name) {
 }
 
 void libxml2Reader(benchmark::State& state, const char* name) {
-    const std::string& bytes = document(name);
+    const std::string& bytes = benchDocument(name);
     int64_t touched = 0;
     for (auto _ : state) {
         xmlTextReaderPtr reader =
@@ -119,7 +92,7 @@ void XMLCALL expatText(void* data, const XML_Char*, int length) {
 }
 
 void expat(benchmark::State& state, const char* name) {
-    const std::string& bytes = document(name);
+    const std::string& bytes = benchDocument(name);
     int64_t touched = 0;
     for (auto _ : state) {
         XML_Parser parser = XML_ParserCreateNS(nullptr, '\x01');
@@ -136,7 +109,7 @@ void expat(benchmark::State& state, const char* name) {
 #endif
 
 void icuFloor(benchmark::State& state, const char* name) {
-    const std::string& bytes = document(name);
+    const std::string& bytes = benchDocument(name);
     std::vector<UChar> target(bytes.size() + 1);
     for (auto _ : state) {
         UErrorCode status = U_ZERO_ERROR;
