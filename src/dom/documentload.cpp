@@ -10,6 +10,7 @@
 #include "zkcommon/xml/xmlparser.h"
 #include "zkcommon/xml/xmlutil.h"
 
+#include <typeinfo>
 #include <utility>
 
 namespace ZkCommonNS {
@@ -36,6 +37,10 @@ void fitToLength(UnicodeString& text) {
 } // namespace
 
 ZkLoadEventSource::~ZkLoadEventSource() = default;
+
+bool ZkLoadEventSource::lendAttribute(int, LentAttribute&) const {
+    return false;
+}
 
 UnicodeString ZkLoadEventSource::getNodeText() const {
     UnicodeString text = getText();
@@ -183,7 +188,21 @@ ZkNode* ZkDocument::loadStartTag(ZkNode* open) {
     ZkNamedNodeMap* attributes = element->getAttributes();
     if (count > 0 && attributes && attributes->isA(ZkTypeID::kAttrNodeMap))
         static_cast<AttrNodeMap*>(attributes)->reserve(count);
+    // An element and a document of this library's own classes take each value straight from
+    // the source's buffer; others see every attribute through setAttributeEx. The identity of
+    // the type records is enough: a miss only takes the longer way.
+    const bool plain = &typeid(*element.get()) == &typeid(ElementNS) &&
+                       &typeid(*this) == &typeid(ZkDocument);
+    ZkLoadEventSource::LentAttribute lent;
     for (int i = 0; i < count; ++i) {
+        if (m_source->lendAttribute(i, lent)) {
+            if (plain)
+                element->loadAttribute(lent.ns, lent.prefix, lent.local, lent.chars, lent.length);
+            else
+                element->setAttributeEx(lent.ns, lent.prefix, lent.local,
+                                        UnicodeString(lent.chars, lent.length));
+            continue;
+        }
         UnicodeString value = m_source->getAttributeValue(i);
         fitToLength(value);
         element->setAttributeEx(m_source->getAttributeNamespace(i), m_source->getAttributePrefix(i),

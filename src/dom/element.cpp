@@ -10,6 +10,7 @@
 #include "zkcommon/values/value.h"
 #include "zkcommon/xml/xmlutil.h"
 
+#include <new>
 #include <utility>
 
 namespace ZkCommonNS {
@@ -162,6 +163,43 @@ bool ZkElement::hasAttributeLocal(ZkName local) const {
 
 void ZkElement::setAttributeEx(ZkName uri, ZkName prefix, ZkName local, const UnicodeString& text) {
     setAttributeNS(uri, prefix, local, ZkValue(text));
+}
+
+void ZkElement::loadAttribute(ZkName uri, ZkName prefix, ZkName local, const UChar* chars,
+                              int32_t length) {
+    AttrNodeMap* map = static_cast<AttrNodeMap*>(m_attributes.get());
+    ZkValue value = ZkValue::fromChars(chars, length);
+    ZkDocument* document = getOwnerDocumentField();
+    // Dropped names and a repeated (URI, local name) keep the general rules.
+    if (local.isEmpty() || (uri.isEmpty() && !prefix.isEmpty()) || !document ||
+        map->getNamedItemNS(uri, local)) {
+        setAttributeNS(uri, prefix, local, value);
+        return;
+    }
+    // As the document's createAttributeNS makes them, whose qualified name is at hand without a
+    // virtual call.
+    Attr* attr;
+    ZkName qname = local;
+    if (uri.isEmpty() && prefix.isEmpty()) {
+        attr = new (std::nothrow) Attr(document, local);
+    } else {
+        AttrNS* named = new (std::nothrow) AttrNS(document, uri, prefix, local);
+        if (named)
+            qname = named->AttrNS::getNodeName();
+        attr = named;
+    }
+    if (!attr)
+        return;
+    attr->m_value.setValue(std::move(value));
+    try {
+        if (map->linkKeyed(attr, AttrNodeMap::namespaceKey(uri, local),
+                           AttrNodeMap::nameKey(qname), /*addRef=*/true))
+            return;
+    } catch (...) {
+        attr->release(); // never referenced: this ends it
+        throw;
+    }
+    attr->release();
 }
 
 void ZkElement::getAttributeLocal(ZkName local, std::vector<ZkValue>* out) const {

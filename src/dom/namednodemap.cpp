@@ -243,8 +243,11 @@ bool AttrNodeMap::addNode(ZkPtr<ZkAttr>&& attr) {
 bool AttrNodeMap::link(ZkAttr* attr, bool addRef) {
     if (!attr || attr->m_ownerElement || attr->m_parent || attr->m_next || !m_owner)
         return false;
-    const uint64_t key = namespaceKey(attr->getNamespaceUri(), attr->getLocalName());
-    const uint64_t qname = nameKey(attr->getNodeName());
+    return linkKeyed(attr, namespaceKey(attr->getNamespaceUri(), attr->getLocalName()),
+                     nameKey(attr->getNodeName()), addRef);
+}
+
+bool AttrNodeMap::linkKeyed(ZkAttr* attr, uint64_t key, uint64_t qname, bool addRef) {
     // An attribute that neither look-up would take could never be found or removed by name.
     const bool nsFree = m_byNamespace.find(key) == nullptr;
     if (!nsFree && m_byName.find(qname) != nullptr)

@@ -121,6 +121,14 @@ ZkValue::ZkValue(const char* text, ZkUnitType unit) : m_tag(bitfield(ValueString
     m_payload.string = newString(text ? UnicodeString::fromUTF8(text) : UnicodeString());
 }
 
+ZkValue ZkValue::fromChars(const char16_t* text, int32_t length, ZkUnitType unit) {
+    ZkValue value;
+    value.m_payload.string =
+        text && length > 0 ? newString(text, length) : newString();
+    value.m_tag = bitfield(ValueString, unit);
+    return value;
+}
+
 ZkValue::ZkValue(ZkRCObject* object) noexcept {
     m_payload.bits = 0;
     m_tag = 0;
@@ -229,6 +237,12 @@ void ZkValue::acquirePayload() {
 void ZkValue::assignKeepingName(const ZkValue& other) {
     uint64_t name = m_tag & ~uint64_t(511);
     *this = other;
+    m_tag = (m_tag & 511) | name;
+}
+
+void ZkValue::moveKeepingName(ZkValue&& other) noexcept {
+    uint64_t name = m_tag & ~uint64_t(511);
+    *this = std::move(other);
     m_tag = (m_tag & 511) | name;
 }
 

@@ -72,6 +72,14 @@ UnicodeString ZkXmlParserLoadSource::getAttributeValue(int index) const {
     return m_parser ? m_parser->getAttributeValue(index) : UnicodeString();
 }
 
+bool ZkXmlParserLoadSource::lendAttribute(int index, LentAttribute& out) const {
+    if (!m_direct)
+        return false;
+    out.chars = static_cast<const ZkXmlParserImpl*>(m_parser.get())
+                    ->getAttributeInPlace(index, out.ns, out.prefix, out.local, out.length);
+    return true;
+}
+
 int ZkXmlParserLoadSource::getLineNumber() const {
     return m_parser ? m_parser->getLineNumber() : -1;
 }

@@ -428,6 +428,21 @@ UnicodeString ZkXmlParserImpl::getAttributeValue(int index) const {
     return m_scanner->attributeValue(attributeAt(*m_scanner, index, kQualifierValue));
 }
 
+const UChar* ZkXmlParserImpl::getAttributeInPlace(int index, ZkName& ns, ZkName& prefix,
+                                                 ZkName& local, int32_t& length) const {
+    const detail::XmlScanner& scanner = *m_scanner;
+    const detail::Attribute& attribute = attributeAt(scanner, index, kQualifierValue);
+    ns = attribute.ns;
+    prefix = attribute.prefix;
+    local = attribute.local;
+    if (attribute.viewStart >= 0) {
+        length = attribute.viewLength;
+        return scanner.m_in.chars.get() + attribute.viewStart;
+    }
+    length = attribute.value.length();
+    return attribute.value.getBuffer();
+}
+
 int ZkXmlParserImpl::getEventType() const {
     return m_scanner->m_event;
 }

@@ -68,6 +68,8 @@ protected:
     ~Attr() override;
 
 private:
+    friend class ZkElement; // the loader moves a value in
+
     ZkNamedValue m_value;
 };
 

@@ -47,6 +47,18 @@ public:
     virtual ZkName getAttributePrefix(int index) const = 0;
     virtual ZkName getAttributeName(int index) const = 0;
     virtual UnicodeString getAttributeValue(int index) const = 0;
+    /// An attribute of the start tag with its value lent in place: `length` characters at
+    /// `chars`, valid until the next event.
+    struct LentAttribute {
+        ZkName ns;
+        ZkName prefix;
+        ZkName local;
+        const UChar* chars;
+        int32_t length;
+    };
+    /// Attribute `index` in one call. False, and `out` as it was, when the source can't lend
+    /// its values (the default); the loader then asks the getters above one by one.
+    virtual bool lendAttribute(int index, LentAttribute& out) const;
     /// The position of the event; -1 when unknown.
     virtual int getLineNumber() const = 0;
     virtual int getColumnNumber() const = 0;

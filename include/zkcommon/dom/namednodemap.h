@@ -133,8 +133,12 @@ private:
         return (uint64_t(uint32_t(uri.getEnum())) << 32) | uint32_t(local.getEnum());
     }
 
+    friend class ZkElement; // the loader links attributes of known names
+
     ZkPtr<ZkAttr> unlink(ZkAttr* attr, uint64_t nsKey);
     bool link(ZkAttr* attr, bool addRef);
+    /// link() for an attribute whose keys are already known.
+    bool linkKeyed(ZkAttr* attr, uint64_t nsKey, uint64_t qnameKey, bool addRef);
 
     ZkNode* m_anchor;
     ZkElement* m_owner;

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace ZkCommonNS {
@@ -73,6 +74,9 @@ public:
     ZkValue(const char16_t* text, ZkUnitType unit = UnitNone);
     /// UTF-8 text; a null pointer gives an empty String.
     ZkValue(const char* text, ZkUnitType unit = UnitNone);
+    /// A String of the `length` characters at `text`, copied once; null `text` or a length
+    /// below 1 gives an empty String.
+    static ZkValue fromChars(const char16_t* text, int32_t length, ZkUnitType unit = UnitNone);
     /// Keeps the object and raises its count; a null pointer gives Null.
     ZkValue(ZkRCObject* object) noexcept;
     ZkValue(ZkValueArray* array) noexcept;
@@ -332,6 +336,8 @@ protected:
     }
     /// Replaces type, unit and payload by those of `other`, keeping this value's name bits.
     void assignKeepingName(const ZkValue& other);
+    /// The same, taking the payload of `other`, which is left Null.
+    void moveKeepingName(ZkValue&& other) noexcept;
 
 private:
     friend class ZkNamedValueMap;
@@ -387,6 +393,7 @@ public:
     ZkValue getValue() const { return *this; }
     /// Replaces type, unit and payload; the name stays.
     void setValue(const ZkValue& value) { assignKeepingName(value); }
+    void setValue(ZkValue&& value) noexcept { moveKeepingName(std::move(value)); }
 };
 
 static_assert(sizeof(ZkNamedValue) == sizeof(ZkValue), "a name costs no space");

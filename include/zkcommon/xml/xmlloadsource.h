@@ -35,6 +35,8 @@ public:
     ZkName getAttributePrefix(int index) const override;
     ZkName getAttributeName(int index) const override;
     UnicodeString getAttributeValue(int index) const override;
+    /// Lends the values of a ZkXmlParserImpl straight from its buffers.
+    bool lendAttribute(int index, LentAttribute& out) const override;
     int getLineNumber() const override;
     int getColumnNumber() const override;
     void throwError(unsigned short code, const UnicodeString& arg1,

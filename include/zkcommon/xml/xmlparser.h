@@ -254,6 +254,11 @@ public:
     /// The text of the current event without building a string: valid until the next event.
     /// Empty where getText would build its value (comments, instructions, entity text).
     const UnicodeString& getTextBuffer(int32_t& start) const;
+    /// The names of attribute `index` of the current start tag and its value in place:
+    /// `length` characters at the result, valid until the next event. Throws ZkError as the
+    /// single getters do.
+    const UChar* getAttributeInPlace(int index, ZkName& ns, ZkName& prefix, ZkName& local,
+                                     int32_t& length) const;
     /// The message of a scanner code with its two arguments ("XML parser error." for an
     /// unknown code).
     static UnicodeString getErrorMessage(unsigned short code, const UnicodeString& arg1,
