@@ -191,8 +191,8 @@ ZkNode* ZkDocument::loadStartTag(ZkNode* open) {
     // An element and a document of this library's own classes take each value straight from
     // the source's buffer; others see every attribute through setAttributeEx. The identity of
     // the type records is enough: a miss only takes the longer way.
-    const bool plain = &typeid(*element.get()) == &typeid(ElementNS) &&
-                       &typeid(*this) == &typeid(ZkDocument);
+    const bool plain =
+        &typeid(*element.get()) == &typeid(ElementNS) && &typeid(*this) == &typeid(ZkDocument);
     ZkLoadEventSource::LentAttribute lent;
     for (int i = 0; i < count; ++i) {
         if (m_source->lendAttribute(i, lent)) {

@@ -192,8 +192,8 @@ void ZkElement::loadAttribute(ZkName uri, ZkName prefix, ZkName local, const UCh
         return;
     attr->m_value.setValue(std::move(value));
     try {
-        if (map->linkKeyed(attr, AttrNodeMap::namespaceKey(uri, local),
-                           AttrNodeMap::nameKey(qname), /*addRef=*/true))
+        if (map->linkKeyed(attr, AttrNodeMap::namespaceKey(uri, local), AttrNodeMap::nameKey(qname),
+                           /*addRef=*/true))
             return;
     } catch (...) {
         attr->release(); // never referenced: this ends it

@@ -123,8 +123,7 @@ ZkValue::ZkValue(const char* text, ZkUnitType unit) : m_tag(bitfield(ValueString
 
 ZkValue ZkValue::fromChars(const char16_t* text, int32_t length, ZkUnitType unit) {
     ZkValue value;
-    value.m_payload.string =
-        text && length > 0 ? newString(text, length) : newString();
+    value.m_payload.string = text && length > 0 ? newString(text, length) : newString();
     value.m_tag = bitfield(ValueString, unit);
     return value;
 }

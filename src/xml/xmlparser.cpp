@@ -429,7 +429,7 @@ UnicodeString ZkXmlParserImpl::getAttributeValue(int index) const {
 }
 
 const UChar* ZkXmlParserImpl::getAttributeInPlace(int index, ZkName& ns, ZkName& prefix,
-                                                 ZkName& local, int32_t& length) const {
+                                                  ZkName& local, int32_t& length) const {
     const detail::XmlScanner& scanner = *m_scanner;
     const detail::Attribute& attribute = attributeAt(scanner, index, kQualifierValue);
     ns = attribute.ns;

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <zkcommon/core/error.h>
+#include <zkcommon/dom/attr.h>
+#include <zkcommon/dom/namednodemap.h>
 #include <zkcommon/io/uri.h>
 #include <zkcommon/xml/xmlparser.h>
 
@@ -132,4 +134,62 @@ TEST(DocumentParse, RemovingTheLoadersPositionKeepsLoading) {
     EXPECT_EQ(nameOf(taken->getFirstChild()), "c");
     EXPECT_EQ(nameOf(taken->getLastChild()), "d");
     EXPECT_EQ(doc->loadNextNode(), nullptr);
+}
+
+namespace {
+// Sees every attribute the loader hands over, as an application's element class would.
+class RecordingElement : public ElementNS {
+public:
+    using ElementNS::ElementNS;
+    void setAttributeEx(ZkName uri, ZkName prefix, ZkName local,
+                        const UnicodeString& text) override {
+        seen += utf8(uri.toString()) + "|" + utf8(prefix.toString()) + "|" +
+                utf8(local.toString()) + "=" + utf8(text) + ";";
+        ElementNS::setAttributeEx(uri, prefix, local, text);
+    }
+    std::string seen;
+};
+
+class RecordingDocument : public ZkDocument {
+public:
+    ZkPtr<ZkElement> createElementNS(ZkName uri, ZkName prefix, ZkName local) override {
+        return ZkPtr<ZkElement>(new RecordingElement(this, uri, prefix, local));
+    }
+    using ZkDocument::createElementNS;
+};
+} // namespace
+
+TEST(DocumentParse, AttributesReachTheTreeWhole) {
+    // Values read in place and values built from references, short and long, empty, prefixed,
+    // declarations, and a prefix bound twice to one URI.
+    const std::string longValue(300, 'v');
+    const std::string text = "<a xmlns:p='urn:p' xmlns:q='urn:p' id='x' empty='' long='" +
+                             longValue + "' ref='a&amp;b&#x20AC;c' p:one='1' q:two='2'" +
+                             " xml:lang='en'><b p:one='in b'/></a>";
+    for (bool application : {false, true}) {
+        SCOPED_TRACE(application ? "application classes" : "library classes");
+        ZkPtr<ZkDocument> doc(application ? new RecordingDocument() : new ZkDocument());
+        doc->loadXml(UnicodeString::fromUTF8(text));
+        ZkElement* a = doc->getDocumentElement();
+        ASSERT_NE(a, nullptr);
+        EXPECT_EQ(saved(doc),
+                  "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a id=\"x\" empty=\"\" long=\"" +
+                      longValue +
+                      "\" ref=\"a&amp;b\u20ACc\" p:one=\"1\" q:two=\"2\" xml:lang=\"en\" "
+                      "xmlns:q=\"urn:p\" xmlns:p=\"urn:p\"><b p:one=\"in b\"/></a>");
+        EXPECT_EQ(a->getAttributes()->getCount(), 9);
+        EXPECT_EQ(utf8(a->getAttribute(ZkName(u"long")).toString()), longValue);
+        EXPECT_TRUE(a->getAttribute(ZkName(u"empty")).isString());
+        EXPECT_EQ(utf8(a->getAttribute(ZkName(u"ref")).toString()), "a&b\u20ACc");
+        EXPECT_EQ(utf8(a->getAttributeNS(ZkName(u"urn:p"), ZkName(u"two")).toString()), "2");
+        ZkAttr* lang = a->getAttributeNodeNS(ZKN_NS_XML, ZkName(u"lang"));
+        ASSERT_NE(lang, nullptr);
+        EXPECT_EQ(utf8(lang->getNodeName().toString()), "xml:lang");
+        EXPECT_EQ(lang->getOwnerElement(), a);
+        if (application) {
+            const std::string& seen = static_cast<RecordingElement*>(a)->seen;
+            EXPECT_NE(seen.find(";||id=x;"), std::string::npos) << seen;
+            EXPECT_NE(seen.find("urn:p|q|two=2;"), std::string::npos) << seen;
+        }
+    }
 }

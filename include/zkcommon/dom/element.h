@@ -108,8 +108,7 @@ private:
     // The loader's way in for an attribute of a start tag when the element and its document are
     // of this library's own classes: what setAttributeEx does, without its temporary strings and
     // values. The value is the `length` characters at `chars`.
-    void loadAttribute(ZkName uri, ZkName prefix, ZkName local, const UChar* chars,
-                       int32_t length);
+    void loadAttribute(ZkName uri, ZkName prefix, ZkName local, const UChar* chars, int32_t length);
 
     ZkPtr<ZkNamedNodeMap> m_attributes;
     unsigned int m_elementId;
