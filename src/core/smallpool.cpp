@@ -9,63 +9,22 @@
 #include <new>
 #include <vector>
 
-// Under AddressSanitizer every block comes from the global operator new, so that the sanitizer
-// sees each node's life.
-#if defined(__SANITIZE_ADDRESS__)
-#define ZK_POOL_DISABLED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ZK_POOL_DISABLED 1
-#endif
-#endif
-
 namespace ZkCommonNS {
 namespace detail {
 
 #ifndef ZK_POOL_DISABLED
+namespace pool {
+#if defined(__GNUC__)
+__thread ThreadLists t_lists __attribute__((tls_model("initial-exec")));
+#else
+thread_local ThreadLists t_lists;
+#endif
+} // namespace pool
+
 namespace {
+using namespace pool;
 
-constexpr std::size_t kGranule = 16;
-constexpr std::size_t kLargest = 256;
-constexpr int kClassCount = int(kLargest / kGranule);
 constexpr std::size_t kChunkSize = 64 * 1024;
-// A thread keeps at most this many free blocks of a class; past it the whole list goes to the
-// reserve as one batch, so that a thread that only frees (a consumer of another thread's
-// trees) doesn't hoard memory, and a thread that runs dry takes a batch back in one step.
-constexpr uint32_t kThreadLimit = 2048;
-
-struct FreeBlock {
-    FreeBlock* next;
-};
-
-// Trivial on purpose, without member initialisers: a thread_local of a type with a non-trivial
-// constructor is initialised lazily, behind a guard checked through the dynamic linker on every
-// access. Locals are value-initialised instead.
-struct FreeList {
-    FreeBlock* head;
-    uint32_t count;
-
-    void push(FreeBlock* block) noexcept {
-        block->next = head;
-        head = block;
-        ++count;
-    }
-    FreeBlock* pop() noexcept {
-        FreeBlock* block = head;
-        if (block) {
-            head = block->next;
-            --count;
-            // The next pop reads the new head's link: a freed tree leaves its blocks cold and
-            // scattered, and without this each node's birth would wait for memory.
-            prefetch(head);
-        }
-        return block;
-    }
-};
-
-int classOf(std::size_t size) {
-    return int((size + kGranule - 1) / kGranule) - 1;
-}
 
 // The reserve shared by all threads: whole free lists, handed over without walking them. It is
 // never destroyed: blocks may be freed by static destructors after every thread cache is gone.
@@ -135,22 +94,6 @@ Reserve& reserve() {
     return *s_reserve;
 }
 
-// The lists of a thread. Trivial to construct and destroy, so that reaching them costs no
-// initialisation check, and they can be read during the thread's exit.
-struct ThreadLists {
-    FreeList lists[kClassCount];
-    bool registered; ///< the owner below exists and will hand the lists back
-    bool gone;       ///< the owner has run: the thread is on the locked path from now on
-};
-
-// The lists are reached on every node's birth and death: in a shared library the default TLS
-// model costs a call to the dynamic linker for each access, the initial-exec model one load.
-// The block is small enough for the static TLS reserve of a library loaded at run time.
-#if defined(__GNUC__)
-__attribute__((tls_model("initial-exec")))
-#endif
-thread_local ThreadLists t_lists;
-
 // Made on the thread's first refill; at the thread's exit it hands the lists to the reserve.
 struct ThreadListsOwner {
     void touch() noexcept {}
@@ -166,7 +109,7 @@ thread_local ThreadListsOwner t_listsOwner;
 } // namespace
 #endif
 
-void* smallAllocate(std::size_t size) {
+void* pool::allocateSlow(std::size_t size) {
 #ifdef ZK_POOL_DISABLED
     return ::operator new(size);
 #else
@@ -194,7 +137,7 @@ void* smallAllocate(std::size_t size) {
 #endif
 }
 
-void smallFree(void* block, std::size_t size) noexcept {
+void pool::freeSlow(void* block, std::size_t size) noexcept {
     if (!block)
         return;
 #ifdef ZK_POOL_DISABLED
@@ -217,7 +160,7 @@ void smallFree(void* block, std::size_t size) noexcept {
     FreeList& list = local.lists[cls];
     list.push(static_cast<FreeBlock*>(block));
     if (list.count >= kThreadLimit)
-        reserve().give(cls, list);
+        reserve().give(cls, list); // a full list goes to the reserve in one batch
 #endif
 }
 

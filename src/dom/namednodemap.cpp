@@ -12,119 +12,17 @@
 
 namespace ZkCommonNS {
 
-// --- the look-up index --------------------------------------------------------------------------
+namespace {
+constexpr uint8_t kByNamespace = 1;
+constexpr uint8_t kByName = 2;
+} // namespace
 
-struct AttrNodeMap::Index::Hashed {
-    std::unordered_map<uint64_t, ZkAttr*> table;
+// --- the look-ups -------------------------------------------------------------------------------
+
+struct AttrNodeMap::Hashed {
+    std::unordered_map<uint64_t, ZkAttr*> byNamespace;
+    std::unordered_map<uint64_t, ZkAttr*> byName;
 };
-
-ZkAttr* AttrNodeMap::Index::find(uint64_t key) const {
-    if (m_hashed) {
-        auto found = m_hashed->table.find(key);
-        return found == m_hashed->table.end() ? nullptr : found->second;
-    }
-    for (const Entry* entry = m_entries; entry != m_entries + m_size; ++entry) {
-        if (entry->key == key)
-            return entry->attr;
-    }
-    return nullptr;
-}
-
-bool AttrNodeMap::Index::insert(uint64_t key, ZkAttr* attr) {
-    if (m_hashed)
-        return m_hashed->table.emplace(key, attr).second;
-    if (find(key))
-        return false;
-    insertNew(key, attr);
-    return true;
-}
-
-void AttrNodeMap::Index::insertNew(uint64_t key, ZkAttr* attr) {
-    if (m_hashed) {
-        m_hashed->table.emplace(key, attr);
-        return;
-    }
-    if (m_size == m_capacity) {
-        if (m_capacity >= kFlatLimit) {
-            // Built aside first: a failure leaves the array as it was.
-            std::unique_ptr<Hashed> hashed(new Hashed());
-            hashed->table.reserve(std::size_t(m_size) * 2);
-            for (const Entry* entry = m_entries; entry != m_entries + m_size; ++entry)
-                hashed->table.emplace(entry->key, entry->attr);
-            hashed->table.emplace(key, attr);
-            detail::smallFree(m_entries, m_capacity * sizeof(Entry));
-            m_entries = nullptr;
-            m_size = m_capacity = 0;
-            m_hashed = hashed.release();
-            return;
-        }
-        reserve(m_capacity == 0 ? 4 : m_capacity * 2);
-    }
-    m_entries[m_size++] = Entry{key, attr};
-}
-
-bool AttrNodeMap::Index::erase(uint64_t key, const ZkAttr* attr) {
-    if (m_hashed) {
-        auto found = m_hashed->table.find(key);
-        if (found == m_hashed->table.end() || found->second != attr)
-            return false;
-        m_hashed->table.erase(found);
-        return true;
-    }
-    for (Entry* entry = m_entries; entry != m_entries + m_size; ++entry) {
-        if (entry->key == key) {
-            if (entry->attr != attr)
-                return false;
-            // Keys are unique, so their order is of no account: the last entry fills the gap.
-            *entry = m_entries[--m_size];
-            return true;
-        }
-    }
-    return false;
-}
-
-void AttrNodeMap::Index::eraseValue(const ZkAttr* attr) {
-    if (m_hashed) {
-        for (auto entry = m_hashed->table.begin(); entry != m_hashed->table.end(); ++entry) {
-            if (entry->second == attr) {
-                m_hashed->table.erase(entry);
-                return;
-            }
-        }
-        return;
-    }
-    for (Entry* entry = m_entries; entry != m_entries + m_size; ++entry) {
-        if (entry->attr == attr) {
-            *entry = m_entries[--m_size];
-            return;
-        }
-    }
-}
-
-std::size_t AttrNodeMap::Index::size() const {
-    return m_hashed ? m_hashed->table.size() : m_size;
-}
-
-void AttrNodeMap::Index::clear() {
-    delete m_hashed;
-    m_hashed = nullptr;
-    detail::smallFree(m_entries, m_capacity * sizeof(Entry));
-    m_entries = nullptr;
-    m_size = m_capacity = 0;
-}
-
-void AttrNodeMap::Index::reserve(uint32_t count) {
-    count = std::min(count, kFlatLimit);
-    if (m_hashed || count <= m_capacity)
-        return;
-    Entry* entries = static_cast<Entry*>(detail::smallAllocate(count * sizeof(Entry)));
-    std::copy(m_entries, m_entries + m_size, entries);
-    detail::smallFree(m_entries, m_capacity * sizeof(Entry));
-    m_entries = entries;
-    m_capacity = count;
-}
-
-// --- the map ------------------------------------------------------------------------------------
 
 void* AttrNodeMap::operator new(std::size_t size) {
     return detail::smallAllocate(size);
@@ -134,35 +32,88 @@ void AttrNodeMap::operator delete(void* block, std::size_t size) noexcept {
     detail::smallFree(block, size);
 }
 
-AttrNodeMap::AttrNodeMap(ZkElement* owner) : m_anchor(nullptr), m_owner(owner) {}
-
-void AttrNodeMap::reserve(int count) {
-    if (count <= 0)
-        return;
-    const uint32_t total = uint32_t(std::min<std::size_t>(m_byName.size() + std::size_t(count),
-                                                          std::size_t(Index::kFlatLimit)));
-    m_byName.reserve(total);
-    m_byNamespace.reserve(total);
-}
+AttrNodeMap::AttrNodeMap(ZkElement* owner)
+    : m_anchor(nullptr), m_owner(owner), m_size(0), m_nameCount(0), m_hashed(nullptr) {}
 
 AttrNodeMap::~AttrNodeMap() {
     clear();
 }
 
+ZkAttr* AttrNodeMap::findByNamespace(uint64_t key) const {
+    if (m_hashed) {
+        auto found = m_hashed->byNamespace.find(key);
+        return found == m_hashed->byNamespace.end() ? nullptr : found->second;
+    }
+    if (!m_anchor)
+        return nullptr;
+    ZkNode* node = m_anchor;
+    do {
+        node = node->m_next;
+        ZkAttr* attr = static_cast<ZkAttr*>(node);
+        if (attr->m_namespaceKey == key && (attr->m_keyed & kByNamespace))
+            return attr;
+    } while (node != m_anchor);
+    return nullptr;
+}
+
+ZkAttr* AttrNodeMap::findByName(uint64_t key) const {
+    if (m_hashed) {
+        auto found = m_hashed->byName.find(key);
+        return found == m_hashed->byName.end() ? nullptr : found->second;
+    }
+    if (!m_anchor)
+        return nullptr;
+    ZkNode* node = m_anchor;
+    do {
+        node = node->m_next;
+        ZkAttr* attr = static_cast<ZkAttr*>(node);
+        if (attr->m_nameKey == key && (attr->m_keyed & kByName))
+            return attr;
+    } while (node != m_anchor);
+    return nullptr;
+}
+
+void AttrNodeMap::hash(std::size_t count) {
+    // Built aside first: a failure leaves the map as it was.
+    std::unique_ptr<Hashed> hashed(new Hashed());
+    hashed->byNamespace.reserve(count);
+    hashed->byName.reserve(count);
+    for (ZkNode* node = getFirstNode(); node; node = getNextNode(node)) {
+        ZkAttr* attr = static_cast<ZkAttr*>(node);
+        if (attr->m_keyed & kByNamespace)
+            hashed->byNamespace.emplace(attr->m_namespaceKey, attr);
+        if (attr->m_keyed & kByName)
+            hashed->byName.emplace(attr->m_nameKey, attr);
+    }
+    delete m_hashed;
+    m_hashed = hashed.release();
+}
+
+void AttrNodeMap::reserve(int count) {
+    if (count <= 0)
+        return;
+    const std::size_t total = std::size_t(m_size) + std::size_t(count);
+    if (total > kRingLimit)
+        hash(total);
+}
+
 void AttrNodeMap::clear() {
+    delete m_hashed;
+    m_hashed = nullptr;
     if (isEmpty())
         return;
     ZkNode* node = m_anchor;
     m_anchor = nullptr;
-    m_byName.clear();
-    m_byNamespace.clear();
+    m_size = m_nameCount = 0;
     // From last to first, the reverse of the order of addition (see ZkNode::tearDownChildren);
     // each attribute loses its links before the map's reference goes.
     while (node) {
         ZkNode* previous = node->m_previous;
         // The attributes of a torn-down tree are cold: fetch the next while this one goes.
         detail::prefetch(previous);
-        static_cast<ZkAttr*>(node)->m_ownerElement = nullptr;
+        ZkAttr* attr = static_cast<ZkAttr*>(node);
+        attr->m_ownerElement = nullptr;
+        attr->m_keyed = 0;
         node->m_next = nullptr;
         node->m_previous = nullptr;
         node->release();
@@ -195,7 +146,7 @@ ZkNode* AttrNodeMap::getPreviousNode(ZkNode* node) const {
 }
 
 int AttrNodeMap::getCount() const {
-    return static_cast<int>(m_byName.size());
+    return static_cast<int>(m_nameCount);
 }
 
 ZkNode* AttrNodeMap::item(int index) const {
@@ -211,11 +162,11 @@ ZkNode* AttrNodeMap::item(int index) const {
 // --- look-ups -----------------------------------------------------------------------------------
 
 ZkNode* AttrNodeMap::getNamedItem(ZkName qname) const {
-    return m_byName.find(nameKey(qname));
+    return findByName(nameKey(qname));
 }
 
 ZkNode* AttrNodeMap::getNamedItemNS(ZkName uri, ZkName local) const {
-    return m_byNamespace.find(namespaceKey(uri, local));
+    return findByNamespace(namespaceKey(uri, local));
 }
 
 void AttrNodeMap::getNamedItemLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* out) const {
@@ -248,23 +199,32 @@ bool AttrNodeMap::link(ZkAttr* attr, bool addRef) {
 }
 
 bool AttrNodeMap::linkKeyed(ZkAttr* attr, uint64_t key, uint64_t qname, bool addRef) {
-    // An attribute that neither look-up would take could never be found or removed by name.
-    const bool nsFree = m_byNamespace.find(key) == nullptr;
-    if (!nsFree && m_byName.find(qname) != nullptr)
+    // An attribute that neither look-up would take could never be found or removed by name;
+    // an existing key stays: a second attribute of the same qualified name but another URI is
+    // found by namespace only.
+    const bool nsFree = findByNamespace(key) == nullptr;
+    const bool nameFree = findByName(qname) == nullptr;
+    if (!nsFree && !nameFree)
         return false;
-    // A failure of either insertion leaves the map as it was.
-    const bool nameFree = nsFree ? m_byName.find(qname) == nullptr : true;
-    if (nsFree)
-        m_byNamespace.insertNew(key, attr);
-    if (nameFree) {
-        try {
-            m_byName.insertNew(qname, attr);
-        } catch (...) {
-            if (nsFree)
-                m_byNamespace.erase(key, attr);
-            throw;
+    if (m_hashed || m_size + 1 > kRingLimit) {
+        if (!m_hashed)
+            hash(std::size_t(m_size) * 2);
+        // A failure of either insertion leaves the map as it was.
+        if (nsFree)
+            m_hashed->byNamespace.emplace(key, attr);
+        if (nameFree) {
+            try {
+                m_hashed->byName.emplace(qname, attr);
+            } catch (...) {
+                if (nsFree)
+                    m_hashed->byNamespace.erase(key);
+                throw;
+            }
         }
     }
+    attr->m_namespaceKey = key;
+    attr->m_nameKey = uint32_t(qname);
+    attr->m_keyed = uint8_t((nsFree ? kByNamespace : 0) | (nameFree ? kByName : 0));
     if (addRef)
         attr->addRef();
     attr->m_ownerElement = m_owner;
@@ -276,21 +236,34 @@ bool AttrNodeMap::linkKeyed(ZkAttr* attr, uint64_t key, uint64_t qname, bool add
         attr->m_next = m_anchor->m_next;
         m_anchor->m_next = attr;
     }
-    // An existing key stayed: a second attribute of the same qualified name but another URI is
-    // found by namespace only.
     m_anchor = attr;
+    ++m_size;
+    if (nameFree)
+        ++m_nameCount;
     return true;
 }
 
 void AttrNodeMap::changePrefix(ZkAttr* attr, ZkName prefix) {
     if (!attr || !attr->m_ownerElement || attr->m_ownerElement != m_owner)
         return;
-    m_byName.erase(nameKey(attr->getNodeName()), attr);
+    if (attr->m_keyed & kByName) {
+        if (m_hashed)
+            m_hashed->byName.erase(attr->m_nameKey);
+        attr->m_keyed &= uint8_t(~kByName);
+        --m_nameCount;
+    }
     attr->setPrefix(prefix);
-    m_byName.insert(nameKey(attr->getNodeName()), attr);
+    const uint64_t qname = nameKey(attr->getNodeName());
+    attr->m_nameKey = uint32_t(qname);
+    if (findByName(qname))
+        return; // found by namespace only, as when it joined beside a same-named one
+    if (m_hashed)
+        m_hashed->byName.emplace(qname, attr);
+    attr->m_keyed |= kByName;
+    ++m_nameCount;
 }
 
-ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, uint64_t nsKey) {
+ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr) {
     ZkNode* previous = attr->m_previous;
     ZkNode* next = attr->m_next;
     if (previous)
@@ -303,13 +276,18 @@ ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, uint64_t nsKey) {
         // With no previous the ring is empty.
         m_anchor = previous;
     }
-    // Only entries that point at this attribute go: a same-named one may own the key. The key
-    // was derived again and may have moved (the URI of a prefixed attribute without a stored
-    // URI follows the declarations), so a miss searches by pointer: no entry is left dangling.
-    if (!m_byNamespace.erase(nsKey, attr))
-        m_byNamespace.eraseValue(attr);
-    // A qualified name moves only through changePrefix, which moves its entry along.
-    m_byName.erase(nameKey(attr->getNodeName()), attr);
+    // The attribute's own keys are the ones it was entered under, whatever its names say now
+    // (the URI of a prefixed attribute without a stored URI follows the declarations).
+    if (m_hashed) {
+        if (attr->m_keyed & kByNamespace)
+            m_hashed->byNamespace.erase(attr->m_namespaceKey);
+        if (attr->m_keyed & kByName)
+            m_hashed->byName.erase(attr->m_nameKey);
+    }
+    if (attr->m_keyed & kByName)
+        --m_nameCount;
+    --m_size;
+    attr->m_keyed = 0;
     attr->m_next = nullptr;
     attr->m_previous = nullptr;
     attr->m_ownerElement = nullptr;
@@ -320,30 +298,24 @@ ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr, uint64_t nsKey) {
 }
 
 ZkPtr<ZkAttr> AttrNodeMap::removeNamedItem(ZkName qname) {
-    ZkAttr* attr = m_byName.find(nameKey(qname));
-    if (!attr)
-        return ZkPtr<ZkAttr>();
-    return unlink(attr, namespaceKey(attr->getNamespaceUri(), attr->getLocalName()));
+    ZkAttr* attr = findByName(nameKey(qname));
+    return attr ? unlink(attr) : ZkPtr<ZkAttr>();
 }
 
 ZkPtr<ZkAttr> AttrNodeMap::removeNamedItemNS(ZkName uri, ZkName local) {
-    const uint64_t key = namespaceKey(uri, local);
-    ZkAttr* attr = m_byNamespace.find(key);
-    if (!attr)
-        return ZkPtr<ZkAttr>();
-    return unlink(attr, key);
+    ZkAttr* attr = findByNamespace(namespaceKey(uri, local));
+    return attr ? unlink(attr) : ZkPtr<ZkAttr>();
 }
 
 ZkPtr<ZkAttr> AttrNodeMap::removeNode(ZkAttr* attr) {
     if (isEmpty())
         return ZkPtr<ZkAttr>();
     // The look-up is by qualified name, so the attribute removed is the one the map holds under
-    // that name, which need not be `attr` itself; its own entries are the ones to erase.
-    ZkAttr* held = m_byName.find(nameKey(attr->getNodeName()));
+    // that name, which need not be `attr` itself.
+    ZkAttr* held = findByName(nameKey(attr->getNodeName()));
     if (!held)
         return ZkPtr<ZkAttr>();
-    ZkPtr<ZkAttr> removed =
-        unlink(held, namespaceKey(held->getNamespaceUri(), held->getLocalName()));
+    ZkPtr<ZkAttr> removed = unlink(held);
     if (held == attr)
         return removed;
     return ZkPtr<ZkAttr>(attr);

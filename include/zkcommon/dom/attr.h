@@ -37,7 +37,9 @@ public:
     virtual ZkElement* getOwnerElement() const;
 
 protected:
-    explicit ZkAttr(ZkDocument* ownerDocument) : ZkNode(ownerDocument), m_ownerElement(nullptr) {}
+    explicit ZkAttr(ZkDocument* ownerDocument)
+        : ZkNode(ownerDocument), m_ownerElement(nullptr), m_namespaceKey(0), m_nameKey(0),
+          m_keyed(0) {}
     ~ZkAttr() override;
 
 private:
@@ -46,6 +48,12 @@ private:
     // Kept apart from the tree's parent link, which stays null: an attribute is never a child,
     // and no child operation or raw walk may mistake its element for a parent.
     ZkElement* m_ownerElement;
+    // The map's keys for this attribute while it is on a map: (namespace URI, local name) and
+    // qualified name as name numbers, taken when it joined, and which of the two look-ups find
+    // it by them.
+    uint64_t m_namespaceKey;
+    uint32_t m_nameKey;
+    uint8_t m_keyed;
 };
 
 /// An attribute without namespace. Name and value are one record: the value's name bits hold

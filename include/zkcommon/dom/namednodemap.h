@@ -35,9 +35,11 @@ public:
 };
 
 /// The attribute store of an element: a ring in order of addition (the anchor is the last
-/// attribute, null while the map is empty), a look-up by (namespace URI, local name) and one by
-/// qualified name, both keyed by name numbers so that a look-up never compares text. The map
-/// holds one reference on each attribute; each attribute on the ring is in at least one look-up.
+/// attribute, null while the map is empty) with two look-ups, by (namespace URI, local name) and
+/// by qualified name, both keyed by name numbers so that a look-up never compares text. Each
+/// attribute keeps its own keys; a map of a few attributes searches its ring, a larger one two
+/// hash tables. The map holds one reference on each attribute; each attribute on the ring is in
+/// at least one look-up.
 class ZKCOMMON_API AttrNodeMap : public ZkNamedNodeMap {
     ZK_DECLARE_TYPE(AttrNodeMap, ZkNamedNodeMap, ZkTypeID::kAttrNodeMap, "AttrNodeMap")
 
@@ -63,7 +65,7 @@ public:
     ZkPtr<ZkAttr> removeNamedItem(ZkName qname) override;
     ZkPtr<ZkAttr> removeNamedItemNS(ZkName uri, ZkName local) override;
 
-    /// Links `attr` at the end of the ring and offers it to both maps, where an existing key
+    /// Links `attr` at the end of the ring and offers it to both look-ups, where an existing key
     /// stays as it was. False, and nothing changes, for a null `attr`, one that already has an
     /// owner element or sits in a tree, a map without owner, or an attribute whose qualified
     /// name and (namespace URI, local name) are both taken: it could never be found again.
@@ -88,62 +90,31 @@ public:
     void detachFromOwner();
 
 private:
-    // One of the two look-ups: a key to the attribute that owns it, at most one attribute per
-    // key. An element has few attributes, so the keys sit in a small array from the pool of
-    // small blocks and a search is a loop over it; past kFlatLimit keys they move into a hash
-    // table, so that an element with thousands of attributes still finds each at once.
-    class Index {
-    public:
-        static constexpr uint32_t kFlatLimit = 16;
+    friend class ZkElement; // the loader links attributes of known names
 
-        Index() = default;
-        ~Index() { clear(); }
-        Index(const Index&) = delete;
-        Index& operator=(const Index&) = delete;
-
-        ZkAttr* find(uint64_t key) const;
-        /// False, and nothing changes, when the key is taken. Throws std::bad_alloc.
-        bool insert(uint64_t key, ZkAttr* attr);
-        /// The same for a key known to be free.
-        void insertNew(uint64_t key, ZkAttr* attr);
-        /// Removes the entry of `key` if it is `attr`'s.
-        bool erase(uint64_t key, const ZkAttr* attr);
-        /// Removes `attr`'s entry, whatever its key.
-        void eraseValue(const ZkAttr* attr);
-        std::size_t size() const;
-        void clear();
-        /// Room for `count` keys in the array; beyond its limit nothing is reserved.
-        void reserve(uint32_t count);
-
-    private:
-        struct Entry {
-            uint64_t key;
-            ZkAttr* attr;
-        };
-        struct Hashed;
-
-        Entry* m_entries = nullptr;
-        uint32_t m_size = 0;
-        uint32_t m_capacity = 0;
-        Hashed* m_hashed = nullptr; ///< set once the keys outgrew the array, which is then gone
-    };
+    /// Up to this many attributes the look-ups search the ring; past it they use hash tables.
+    static constexpr uint32_t kRingLimit = 16;
+    struct Hashed;
 
     static uint64_t nameKey(ZkName qname) { return uint64_t(uint32_t(qname.getEnum())); }
     static uint64_t namespaceKey(ZkName uri, ZkName local) {
         return (uint64_t(uint32_t(uri.getEnum())) << 32) | uint32_t(local.getEnum());
     }
 
-    friend class ZkElement; // the loader links attributes of known names
-
-    ZkPtr<ZkAttr> unlink(ZkAttr* attr, uint64_t nsKey);
+    ZkAttr* findByNamespace(uint64_t key) const;
+    ZkAttr* findByName(uint64_t key) const;
+    ZkPtr<ZkAttr> unlink(ZkAttr* attr);
     bool link(ZkAttr* attr, bool addRef);
     /// link() for an attribute whose keys are already known.
     bool linkKeyed(ZkAttr* attr, uint64_t nsKey, uint64_t qnameKey, bool addRef);
+    /// Moves the look-ups into hash tables with room for `count` attributes.
+    void hash(std::size_t count);
 
     ZkNode* m_anchor;
     ZkElement* m_owner;
-    Index m_byNamespace;
-    Index m_byName;
+    uint32_t m_size;      ///< attributes on the ring
+    uint32_t m_nameCount; ///< of them, those found by qualified name
+    Hashed* m_hashed;     ///< set once the map outgrew its ring search
 };
 
 } // namespace ZkCommonNS
