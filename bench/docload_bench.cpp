@@ -3,17 +3,20 @@
 // the whole tree and tearing it down. Each side loads once untimed first, so that none is timed
 // on the first touch of memory its allocator has just taken from the system. Besides the speed,
 // each reports the heap it holds per node (elements, attributes, texts and instructions) once
-// the tree stands, measured once per program in a fresh process.
+// the tree stands, and the time of its first load and teardown, both measured once per program
+// in a fresh process.
 #include "benchdocs.h"
 #include "ratio.h"
 
 #include <benchmark/benchmark.h>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <malloc.h>
 #include <map>
+#include <memory>
 #include <sstream>
 #include <streambuf>
 #include <string>
@@ -39,9 +42,19 @@ size_t heapInUse() {
 
 // Heap held per node, measured in a child process forked before any benchmark ran: there the
 // allocators hold no blocks freed by earlier loads, which a second load would reuse and so seem
-// to need no memory at all. The child reports bytes per node and the node count through a pipe;
-// -1 bytes when it could not.
-using Measured = std::pair<double, int64_t>;
+// to need no memory at all. The same first load, teardown included, is timed there: what a
+// program that loads one document pays, its allocator's first touch of memory included. The
+// child reports through a pipe; -1 bytes when it could not.
+struct Measured {
+    double bytesPerNode = -1;
+    int64_t nodes = 0;
+    double firstLoadMs = -1;
+};
+
+double millisecondsSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+}
 
 template <class Measure> Measured measureInFreshProcess(Measure measure) {
     int channel[2];
@@ -55,9 +68,9 @@ template <class Measure> Measured measureInFreshProcess(Measure measure) {
         _exit(written == ssize_t(sizeof value) ? 0 : 1);
     }
     close(channel[1]);
-    Measured value(-1, 0);
+    Measured value;
     if (child < 0 || read(channel[0], &value, sizeof value) != ssize_t(sizeof value))
-        value = {-1, 0};
+        value = Measured();
     close(channel[0]);
     if (child > 0)
         waitpid(child, nullptr, 0);
@@ -69,8 +82,9 @@ std::map<std::string, Measured> s_perNode;
 
 void reportMemory(benchmark::State& state, const std::string& key) {
     const auto& measured = s_perNode[key];
-    state.counters["nodes"] = double(measured.second);
-    state.counters["bytes_per_node"] = measured.first;
+    state.counters["nodes"] = double(measured.nodes);
+    state.counters["bytes_per_node"] = measured.bytesPerNode;
+    state.counters["first_load_ms"] = measured.firstLoadMs;
 }
 
 ZkPtr<ZkDocument> loadOurs(const std::string& bytes) {
@@ -120,10 +134,14 @@ int64_t countLibxml2(xmlNodePtr node) {
 
 Measured measureOurs(const std::string& bytes) {
     const size_t before = heapInUse();
+    auto start = std::chrono::steady_clock::now();
     ZkPtr<ZkDocument> doc = loadOurs(bytes);
+    double loadMs = millisecondsSince(start);
     const size_t held = heapInUse() - before;
     const int64_t nodes = countOurs(doc);
-    return {double(held) / double(nodes), nodes};
+    start = std::chrono::steady_clock::now();
+    doc = nullptr;
+    return {double(held) / double(nodes), nodes, loadMs + millisecondsSince(start)};
 }
 
 void ours(benchmark::State& state, const char* name) {
@@ -140,12 +158,15 @@ void ours(benchmark::State& state, const char* name) {
 
 Measured measureLibxml2(const std::string& bytes) {
     const size_t before = heapInUse();
+    auto start = std::chrono::steady_clock::now();
     xmlDocPtr doc = loadLibxml2(bytes);
+    double loadMs = millisecondsSince(start);
     const size_t held = heapInUse() - before;
     // The document node itself isn't counted, as ours isn't.
     const int64_t nodes = countLibxml2(doc ? doc->children : nullptr);
+    start = std::chrono::steady_clock::now();
     xmlFreeDoc(doc);
-    return {double(held) / double(nodes), nodes};
+    return {double(held) / double(nodes), nodes, loadMs + millisecondsSince(start)};
 }
 
 void libxml2(benchmark::State& state, const char* name) {
@@ -182,11 +203,15 @@ int64_t countPugixml(const pugi::xml_node& root) {
 
 Measured measurePugixml(const std::string& bytes) {
     const size_t before = heapInUse();
-    pugi::xml_document doc;
-    doc.load_buffer(bytes.data(), bytes.size(), kPugiOptions, pugi::encoding_utf8);
+    auto start = std::chrono::steady_clock::now();
+    auto doc = std::make_unique<pugi::xml_document>();
+    doc->load_buffer(bytes.data(), bytes.size(), kPugiOptions, pugi::encoding_utf8);
+    double loadMs = millisecondsSince(start);
     const size_t held = heapInUse() - before;
-    const int64_t nodes = countPugixml(doc);
-    return {double(held) / double(nodes), nodes};
+    const int64_t nodes = countPugixml(*doc);
+    start = std::chrono::steady_clock::now();
+    doc.reset();
+    return {double(held) / double(nodes), nodes, loadMs + millisecondsSince(start)};
 }
 
 void pugixml(benchmark::State& state, const char* name) {
