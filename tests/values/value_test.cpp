@@ -82,6 +82,8 @@ TEST(ZkValue, ConstructorsSetTypeAndUnit) {
         {"string", ZkValue(UnicodeString(u"x"), UnitLiteral), ValueString, UnitLiteral},
         {"u16", ZkValue(u"x"), ValueString, UnitNone},
         {"utf8", ZkValue("x", UnitUri), ValueString, UnitUri},
+        {"chars", ZkValue::fromChars(u"xyz", 2, UnitUri), ValueString, UnitUri},
+        {"no chars", ZkValue::fromChars(nullptr, 5), ValueString, UnitNone},
         {"array", ZkValue(new ZkValueArray()), ValueArray, UnitNone},
         {"map", ZkValue(new ZkNamedValueMap()), ValueCompound, UnitNone},
         {"null object", ZkValue(static_cast<ZkRCObject*>(nullptr)), ValueNull, UnitNone},
@@ -419,6 +421,13 @@ TEST(ZkNamedValue, NameBitsTravelWithTheValue) {
     named.setName(ZkName(ZKN_height));
     EXPECT_EQ(named.getName(), ZkName(ZKN_height));
     EXPECT_TRUE(named.isString());
+    // A value moved in keeps the name too, and the source is left Null.
+    ZkValue moved = ZkValue::fromChars(u"12345", 3);
+    named.setValue(std::move(moved));
+    EXPECT_EQ(named.getName(), ZkName(ZKN_height));
+    EXPECT_EQ(named.toString(), UnicodeString(u"123"));
+    EXPECT_TRUE(moved.isNull()); // NOLINT(bugprone-use-after-move)
+    EXPECT_TRUE(ZkValue::fromChars(u"abc", -1).isEmpty());
     ZkNamedValue copy(named);
     EXPECT_EQ(copy.getName(), ZkName(ZKN_height));
     EXPECT_TRUE(ZkNamedValue::NULL_VALUE.isNull());
