@@ -12,11 +12,6 @@
 
 namespace ZkCommonNS {
 
-namespace {
-constexpr uint8_t kByNamespace = 1;
-constexpr uint8_t kByName = 2;
-} // namespace
-
 // --- the look-ups -------------------------------------------------------------------------------
 
 struct AttrNodeMap::Hashed {
@@ -39,10 +34,12 @@ AttrNodeMap::~AttrNodeMap() {
     clear();
 }
 
-ZkAttr* AttrNodeMap::findByNamespace(uint64_t key) const {
+ZkAttr* AttrNodeMap::find(uint8_t lookUp, uint64_t key) const {
+    const bool byNamespace = lookUp == kByNamespace;
     if (m_hashed) {
-        auto found = m_hashed->byNamespace.find(key);
-        return found == m_hashed->byNamespace.end() ? nullptr : found->second;
+        const auto& table = byNamespace ? m_hashed->byNamespace : m_hashed->byName;
+        auto found = table.find(key);
+        return found == table.end() ? nullptr : found->second;
     }
     if (!m_anchor)
         return nullptr;
@@ -50,24 +47,8 @@ ZkAttr* AttrNodeMap::findByNamespace(uint64_t key) const {
     do {
         node = node->m_next;
         ZkAttr* attr = static_cast<ZkAttr*>(node);
-        if (attr->m_namespaceKey == key && (attr->m_keyed & kByNamespace))
-            return attr;
-    } while (node != m_anchor);
-    return nullptr;
-}
-
-ZkAttr* AttrNodeMap::findByName(uint64_t key) const {
-    if (m_hashed) {
-        auto found = m_hashed->byName.find(key);
-        return found == m_hashed->byName.end() ? nullptr : found->second;
-    }
-    if (!m_anchor)
-        return nullptr;
-    ZkNode* node = m_anchor;
-    do {
-        node = node->m_next;
-        ZkAttr* attr = static_cast<ZkAttr*>(node);
-        if (attr->m_nameKey == key && (attr->m_keyed & kByName))
+        if ((byNamespace ? attr->m_namespaceKey : attr->m_nameKey) == key &&
+            (attr->m_keyed & lookUp))
             return attr;
     } while (node != m_anchor);
     return nullptr;
@@ -162,11 +143,11 @@ ZkNode* AttrNodeMap::item(int index) const {
 // --- look-ups -----------------------------------------------------------------------------------
 
 ZkNode* AttrNodeMap::getNamedItem(ZkName qname) const {
-    return findByName(nameKey(qname));
+    return find(kByName, nameKey(qname));
 }
 
 ZkNode* AttrNodeMap::getNamedItemNS(ZkName uri, ZkName local) const {
-    return findByNamespace(namespaceKey(uri, local));
+    return find(kByNamespace, namespaceKey(uri, local));
 }
 
 void AttrNodeMap::getNamedItemLocal(ZkName local, std::vector<ZkPtr<ZkAttr>>* out) const {
@@ -202,8 +183,8 @@ bool AttrNodeMap::linkKeyed(ZkAttr* attr, uint64_t key, uint64_t qname, bool add
     // An attribute that neither look-up would take could never be found or removed by name;
     // an existing key stays: a second attribute of the same qualified name but another URI is
     // found by namespace only.
-    const bool nsFree = findByNamespace(key) == nullptr;
-    const bool nameFree = findByName(qname) == nullptr;
+    const bool nsFree = find(kByNamespace, key) == nullptr;
+    const bool nameFree = find(kByName, qname) == nullptr;
     if (!nsFree && !nameFree)
         return false;
     if (m_hashed || m_size + 1 > kRingLimit) {
@@ -255,7 +236,7 @@ void AttrNodeMap::changePrefix(ZkAttr* attr, ZkName prefix) {
     attr->setPrefix(prefix);
     const uint64_t qname = nameKey(attr->getNodeName());
     attr->m_nameKey = uint32_t(qname);
-    if (findByName(qname))
+    if (find(kByName, qname))
         return; // found by namespace only, as when it joined beside a same-named one
     if (m_hashed)
         m_hashed->byName.emplace(qname, attr);
@@ -298,12 +279,12 @@ ZkPtr<ZkAttr> AttrNodeMap::unlink(ZkAttr* attr) {
 }
 
 ZkPtr<ZkAttr> AttrNodeMap::removeNamedItem(ZkName qname) {
-    ZkAttr* attr = findByName(nameKey(qname));
+    ZkAttr* attr = find(kByName, nameKey(qname));
     return attr ? unlink(attr) : ZkPtr<ZkAttr>();
 }
 
 ZkPtr<ZkAttr> AttrNodeMap::removeNamedItemNS(ZkName uri, ZkName local) {
-    ZkAttr* attr = findByNamespace(namespaceKey(uri, local));
+    ZkAttr* attr = find(kByNamespace, namespaceKey(uri, local));
     return attr ? unlink(attr) : ZkPtr<ZkAttr>();
 }
 
@@ -312,7 +293,7 @@ ZkPtr<ZkAttr> AttrNodeMap::removeNode(ZkAttr* attr) {
         return ZkPtr<ZkAttr>();
     // The look-up is by qualified name, so the attribute removed is the one the map holds under
     // that name, which need not be `attr` itself.
-    ZkAttr* held = findByName(nameKey(attr->getNodeName()));
+    ZkAttr* held = find(kByName, nameKey(attr->getNodeName()));
     if (!held)
         return ZkPtr<ZkAttr>();
     ZkPtr<ZkAttr> removed = unlink(held);

@@ -101,8 +101,11 @@ private:
         return (uint64_t(uint32_t(uri.getEnum())) << 32) | uint32_t(local.getEnum());
     }
 
-    ZkAttr* findByNamespace(uint64_t key) const;
-    ZkAttr* findByName(uint64_t key) const;
+    /// The look-ups, as bits of ZkAttr::m_keyed.
+    static constexpr uint8_t kByNamespace = 1;
+    static constexpr uint8_t kByName = 2;
+    /// The attribute entered under `key` in the look-up `lookUp`.
+    ZkAttr* find(uint8_t lookUp, uint64_t key) const;
     ZkPtr<ZkAttr> unlink(ZkAttr* attr);
     bool link(ZkAttr* attr, bool addRef);
     /// link() for an attribute whose keys are already known.
