@@ -7,34 +7,62 @@
 #include "values/colorhooks.h"
 #include "zkcommon/text/util.h"
 
+#include <atomic>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <new>
+#include <string>
 #include <utility>
 
 namespace ZkCommonNS {
+
+/// The payload of a String value: a count and a length, the characters behind them.
+struct detail::StringPayload {
+    std::atomic<int32_t> count;
+    int32_t length;
+    const char16_t* chars() const noexcept { return reinterpret_cast<const char16_t*>(this + 1); }
+    char16_t* chars() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
+};
+static_assert(sizeof(detail::StringPayload) == 8, "the characters follow at an even offset");
 
 namespace {
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 
-// A string payload is a small fixed-size object made for every attribute a document loads: it
-// comes from the pool of small blocks rather than the general heap.
-template <class... Args> UnicodeString* newString(Args&&... args) {
-    void* block = detail::smallAllocate(sizeof(UnicodeString));
-    try {
-        return new (block) UnicodeString(std::forward<Args>(args)...);
-    } catch (...) {
-        detail::smallFree(block, sizeof(UnicodeString));
-        throw;
+// Every attribute a document loads has a string value, so a string payload is one block from
+// the pool of small blocks: a count and a length, the characters behind them. It never changes
+// once made, so the copies of a value share it.
+using detail::StringPayload;
+
+std::size_t stringBytes(int32_t length) noexcept {
+    return sizeof(StringPayload) + std::size_t(length) * sizeof(char16_t);
+}
+
+StringPayload* newString(const char16_t* text, int32_t length) {
+    if (!text || length < 0)
+        length = 0;
+    StringPayload* string =
+        new (detail::smallAllocate(stringBytes(length))) StringPayload{{1}, length};
+    if (length > 0)
+        std::memcpy(string->chars(), text, std::size_t(length) * sizeof(char16_t));
+    return string;
+}
+
+StringPayload* newString(const UnicodeString& text) {
+    return newString(text.getBuffer(), text.length());
+}
+
+void releaseString(StringPayload* string) noexcept {
+    if (string && string->count.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        const int32_t length = string->length;
+        string->~StringPayload();
+        detail::smallFree(string, stringBytes(length));
     }
 }
 
-void deleteString(UnicodeString* string) noexcept {
-    if (!string)
-        return;
-    string->~UnicodeString();
-    detail::smallFree(string, sizeof(UnicodeString));
+UnicodeString stringText(const StringPayload* string) {
+    return string ? UnicodeString(string->chars(), string->length) : UnicodeString();
 }
 
 UnicodeString colorToHexText(const ZkValue& value) {
@@ -113,7 +141,8 @@ ZkValue::ZkValue(const UnicodeString& text, ZkUnitType unit) : m_tag(bitfield(Va
 
 ZkValue::ZkValue(const char16_t* text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit)) {
     m_payload.bits = 0;
-    m_payload.string = text ? newString(text) : newString();
+    m_payload.string =
+        newString(text, text ? int32_t(std::char_traits<char16_t>::length(text)) : 0);
 }
 
 ZkValue::ZkValue(const char* text, ZkUnitType unit) : m_tag(bitfield(ValueString, unit)) {
@@ -123,7 +152,7 @@ ZkValue::ZkValue(const char* text, ZkUnitType unit) : m_tag(bitfield(ValueString
 
 ZkValue ZkValue::fromChars(const char16_t* text, int32_t length, ZkUnitType unit) {
     ZkValue value;
-    value.m_payload.string = text && length > 0 ? newString(text, length) : newString();
+    value.m_payload.string = newString(text, length);
     value.m_tag = bitfield(ValueString, unit);
     return value;
 }
@@ -202,7 +231,7 @@ void ZkValue::becomeReal(float value, ZkUnitType unit) noexcept {
 void ZkValue::releasePayload() noexcept {
     switch (getValueType()) {
     case ValueString:
-        deleteString(m_payload.string);
+        releaseString(m_payload.string);
         break;
     case ValueRCObject:
     case ValueArray:
@@ -220,7 +249,7 @@ void ZkValue::acquirePayload() {
     switch (getValueType()) {
     case ValueString:
         if (m_payload.string)
-            m_payload.string = newString(*m_payload.string);
+            m_payload.string->count.fetch_add(1, std::memory_order_relaxed);
         break;
     case ValueRCObject:
     case ValueArray:
@@ -270,7 +299,7 @@ bool ZkValue::isEmpty() const noexcept {
     case ValueName:
         return m_payload.name == ZKN_EMPTY;
     case ValueString:
-        return !m_payload.string || m_payload.string->isEmpty();
+        return !m_payload.string || m_payload.string->length == 0;
     default:
         return false;
     }
@@ -428,8 +457,8 @@ ZkName ZkValue::toZkName() const {
 UnicodeString ZkValue::getStringValue() const {
     if (isName())
         return ZkName(m_payload.name).toString();
-    if (isString() && m_payload.string)
-        return *m_payload.string;
+    if (isString())
+        return stringText(m_payload.string);
     return UnicodeString();
 }
 
@@ -456,7 +485,7 @@ UnicodeString ZkValue::toString() const {
     case ValueName:
         return ZkName(m_payload.name).toString();
     case ValueString:
-        return m_payload.string ? *m_payload.string : UnicodeString();
+        return stringText(m_payload.string);
     case ValueRCObject: {
         UnicodeString text(u"##");
         if (m_payload.object)

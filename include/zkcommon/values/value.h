@@ -21,13 +21,17 @@ class ZkValueArray;
 class ZkNamedValueMap;
 class ZkNamedValue;
 
+namespace detail {
+struct StringPayload;
+} // namespace detail
+
 /// The storage kind of a ZkValue; three bits of its tag.
 enum ZkValueType : int {
     ValueNull = 0,
     ValueInteger = 1,  ///< signed 32-bit integer
     ValueReal = 2,     ///< 32-bit float
     ValueName = 3,     ///< a ZkName index
-    ValueString = 4,   ///< an owned UnicodeString, may be absent
+    ValueString = 4,   ///< text, shared by the copies of a value; may be absent
     ValueRCObject = 5, ///< a shared ZkRCObject
     ValueArray = 6,    ///< a shared ZkValueArray, may be absent
     ValueCompound = 7  ///< a shared ZkNamedValueMap, may be absent
@@ -346,7 +350,7 @@ private:
         int32_t integer;
         float real;
         ZkNameEnum name;
-        UnicodeString* string;
+        detail::StringPayload* string;
         ZkRCObject* object;
         ZkValueArray* array;
         ZkNamedValueMap* map;
