@@ -167,13 +167,10 @@ void ZkElement::setAttributeEx(ZkName uri, ZkName prefix, ZkName local, const Un
 
 void ZkElement::loadAttribute(ZkName uri, ZkName prefix, ZkName local, const UChar* chars,
                               int32_t length) {
-    AttrNodeMap* map = static_cast<AttrNodeMap*>(m_attributes.get());
-    ZkValue value = ZkValue::fromChars(chars, length);
     ZkDocument* document = getOwnerDocumentField();
-    // Dropped names and a repeated (URI, local name) keep the general rules.
-    if (local.isEmpty() || (uri.isEmpty() && !prefix.isEmpty()) || !document ||
-        map->getNamedItemNS(uri, local)) {
-        setAttributeNS(uri, prefix, local, value);
+    // Dropped names keep the general rules.
+    if (local.isEmpty() || (uri.isEmpty() && !prefix.isEmpty()) || !document) {
+        setAttributeNS(uri, prefix, local, ZkValue::fromChars(chars, length));
         return;
     }
     // As the document's createAttributeNS makes them, whose qualified name is at hand without a
@@ -190,16 +187,26 @@ void ZkElement::loadAttribute(ZkName uri, ZkName prefix, ZkName local, const UCh
     }
     if (!attr)
         return;
-    attr->m_value.setValue(std::move(value));
-    try {
-        if (map->linkKeyed(attr, AttrNodeMap::namespaceKey(uri, local), AttrNodeMap::nameKey(qname),
-                           /*addRef=*/true))
-            return;
-    } catch (...) {
+    AttrNodeMap* map = static_cast<AttrNodeMap*>(m_attributes.get());
+    const uint64_t key = AttrNodeMap::namespaceKey(uri, local);
+    const uint64_t qnameKey = AttrNodeMap::nameKey(qname);
+    ZkAttr* byNamespace;
+    ZkAttr* byName;
+    map->probe(key, qnameKey, byNamespace, byName);
+    if (byNamespace) {
+        // A repeated (URI, local name) sets the attribute already there.
         attr->release(); // never referenced: this ends it
+        setAttributeNS(uri, prefix, local, ZkValue::fromChars(chars, length));
+        return;
+    }
+    try {
+        attr->m_value.setValue(ZkValue::fromChars(chars, length));
+        map->linkProbed(attr, key, qnameKey, /*nsFree=*/true, /*nameFree=*/!byName,
+                        /*addRef=*/true);
+    } catch (...) {
+        attr->release();
         throw;
     }
-    attr->release();
 }
 
 void ZkElement::getAttributeLocal(ZkName local, std::vector<ZkValue>* out) const {

@@ -183,10 +183,36 @@ bool AttrNodeMap::linkKeyed(ZkAttr* attr, uint64_t key, uint64_t qname, bool add
     // An attribute that neither look-up would take could never be found or removed by name;
     // an existing key stays: a second attribute of the same qualified name but another URI is
     // found by namespace only.
-    const bool nsFree = find(kByNamespace, key) == nullptr;
-    const bool nameFree = find(kByName, qname) == nullptr;
-    if (!nsFree && !nameFree)
+    ZkAttr* byNamespace;
+    ZkAttr* byName;
+    probe(key, qname, byNamespace, byName);
+    if (byNamespace && byName)
         return false;
+    linkProbed(attr, key, qname, !byNamespace, !byName, addRef);
+    return true;
+}
+
+void AttrNodeMap::probe(uint64_t key, uint64_t qname, ZkAttr*& byNamespace, ZkAttr*& byName) const {
+    if (m_hashed || !m_anchor) {
+        byNamespace = find(kByNamespace, key);
+        byName = find(kByName, qname);
+        return;
+    }
+    // One pass over the ring for both keys.
+    byNamespace = byName = nullptr;
+    ZkNode* node = m_anchor;
+    do {
+        node = node->m_next;
+        ZkAttr* attr = static_cast<ZkAttr*>(node);
+        if (attr->m_namespaceKey == key && (attr->m_keyed & kByNamespace))
+            byNamespace = attr;
+        if (attr->m_nameKey == qname && (attr->m_keyed & kByName))
+            byName = attr;
+    } while (node != m_anchor);
+}
+
+void AttrNodeMap::linkProbed(ZkAttr* attr, uint64_t key, uint64_t qname, bool nsFree, bool nameFree,
+                             bool addRef) {
     if (m_hashed || m_size + 1 > kRingLimit) {
         if (!m_hashed)
             hash(std::size_t(m_size) * 2);
@@ -221,7 +247,6 @@ bool AttrNodeMap::linkKeyed(ZkAttr* attr, uint64_t key, uint64_t qname, bool add
     ++m_size;
     if (nameFree)
         ++m_nameCount;
-    return true;
 }
 
 void AttrNodeMap::changePrefix(ZkAttr* attr, ZkName prefix) {

@@ -110,6 +110,12 @@ private:
     bool link(ZkAttr* attr, bool addRef);
     /// link() for an attribute whose keys are already known.
     bool linkKeyed(ZkAttr* attr, uint64_t nsKey, uint64_t qnameKey, bool addRef);
+    /// The attributes that hold the two keys in their look-ups, null where a key is free.
+    void probe(uint64_t nsKey, uint64_t qnameKey, ZkAttr*& byNamespace, ZkAttr*& byName) const;
+    /// Links `attr` under its keys after probe(), into the look-ups where they were free (at
+    /// least one). Throws std::bad_alloc, leaving the map as it was.
+    void linkProbed(ZkAttr* attr, uint64_t nsKey, uint64_t qnameKey, bool nsFree, bool nameFree,
+                    bool addRef);
     /// Moves the look-ups into hash tables with room for `count` attributes.
     void hash(std::size_t count);
 
