@@ -6,10 +6,12 @@
 #include "zkcommon/dom/loadsource.h"
 #include "zkcommon/dom/namednodemap.h"
 #include "zkcommon/dom/processinginstruction.h"
+#include "zkcommon/dom/text.h"
 #include "zkcommon/values/value.h"
 #include "zkcommon/xml/xmlparser.h"
 #include "zkcommon/xml/xmlutil.h"
 
+#include <new>
 #include <typeinfo>
 #include <utility>
 
@@ -151,7 +153,7 @@ ZkNode* ZkDocument::loadNextNodeLocked() {
             break;
         case ZkLoadEventSource::TEXT: {
             // The parent's override may choose to make no node for the text.
-            if (ZkNode* text = open->appendChildText(m_source->getNodeText())) {
+            if (ZkNode* text = loadText(open)) {
                 setLastLoadingNode(text);
                 return text;
             }
@@ -174,6 +176,21 @@ ZkNode* ZkDocument::loadNextNodeLocked() {
     }
 }
 
+// An element and a document of this library's own classes make their text nodes here, the text
+// moved in; those of an application see each text through appendChildText and
+// createTextNodeElement. The identity of the type records is enough: a miss only takes the
+// longer way.
+ZkNode* ZkDocument::loadText(ZkNode* open) {
+    if (&typeid(*open) != &typeid(ElementNS) || &typeid(*this) != &typeid(ZkDocument))
+        return open->appendChildText(m_source->getNodeText());
+    ZkTextNode* text = new (std::nothrow) ZkTextNode(this, m_source->getNodeText());
+    if (!text)
+        return nullptr;
+    text->addRef();
+    open->linkAsLastChild(text);
+    return text;
+}
+
 ZkNode* ZkDocument::loadStartTag(ZkNode* open) {
     ZkPtr<ZkElement> element =
         createElementNS(m_source->getNamespace(), m_source->getPrefix(), m_source->getName());
@@ -188,9 +205,8 @@ ZkNode* ZkDocument::loadStartTag(ZkNode* open) {
     ZkNamedNodeMap* attributes = element->getAttributes();
     if (count > 0 && attributes && attributes->isA(ZkTypeID::kAttrNodeMap))
         static_cast<AttrNodeMap*>(attributes)->reserve(count);
-    // An element and a document of this library's own classes take each value straight from
-    // the source's buffer; others see every attribute through setAttributeEx. The identity of
-    // the type records is enough: a miss only takes the longer way.
+    // As for texts: an element and a document of this library's own classes take each value
+    // straight from the source's buffer; others see every attribute through setAttributeEx.
     const bool plain =
         &typeid(*element.get()) == &typeid(ElementNS) && &typeid(*this) == &typeid(ZkDocument);
     ZkLoadEventSource::LentAttribute lent;

@@ -257,7 +257,11 @@ ZkNode* ZkNode::appendChild(ZkNode* newChild) {
     checkNotAttribute(newChild, kSiteAppendChild);
     ZkPtr<ZkNode> hold(newChild);
     detachFromParent(newChild);
+    linkAsLastChild(hold.detach());
+    return newChild;
+}
 
+void ZkNode::linkAsLastChild(ZkNode* newChild) noexcept {
     newChild->m_parent = this;
     newChild->m_previous = m_lastChild;
     if (m_lastChild) {
@@ -267,8 +271,6 @@ ZkNode* ZkNode::appendChild(ZkNode* newChild) {
         newChild->m_next = newChild;
     }
     m_lastChild = newChild;
-    hold.detach(); // the reference now belongs to the tree
-    return newChild;
 }
 
 ZkNode* ZkNode::insertBefore(ZkNode* newChild, ZkNode* refChild) {

@@ -4,10 +4,15 @@
 #include "zkcommon/dom/document.h"
 #include "zkcommon/values/value.h"
 
+#include <utility>
+
 namespace ZkCommonNS {
 
 ZkTextNode::ZkTextNode(ZkDocument* ownerDocument, const UnicodeString& data)
     : ZkNode(ownerDocument), m_data(data), m_bidiLevel(-1) {}
+
+ZkTextNode::ZkTextNode(ZkDocument* ownerDocument, UnicodeString&& data)
+    : ZkNode(ownerDocument), m_data(std::move(data)), m_bidiLevel(-1) {}
 
 ZkTextNode::~ZkTextNode() = default;
 

@@ -205,6 +205,7 @@ private:
     ZkNode* openParent() const;
     ZkNode* loadNextNodeLocked();
     ZkNode* loadStartTag(ZkNode* open);
+    ZkNode* loadText(ZkNode* open);
     void loadXInclude(ZkElement* element);
     template <class Steps> void saveGuarded(Steps steps);
 

@@ -295,6 +295,9 @@ private:
     friend class ZkDocument;
 
     void checkOwner(const ZkNode* newChild) const;
+    /// Links `newChild`, which has no parent, after the last child; the reference it brings is
+    /// the tree's from now on.
+    void linkAsLastChild(ZkNode* newChild) noexcept;
     void tearDownChildren();
     void detachFromParent(ZkNode* child);
     ZkName lookupPrefixFrom(ZkName uri, const ZkNode* start) const;

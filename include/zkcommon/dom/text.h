@@ -14,6 +14,7 @@ class ZKCOMMON_API ZkTextNode : public ZkNode {
 
 public:
     ZkTextNode(ZkDocument* ownerDocument, const UnicodeString& data);
+    ZkTextNode(ZkDocument* ownerDocument, UnicodeString&& data);
 
     /// "#text".
     ZkName getLocalName() const override;
