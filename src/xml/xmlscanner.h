@@ -10,6 +10,7 @@
 #include "zkcommon/xml/xmlparser.h"
 
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <istream>
 #include <memory>
@@ -168,19 +169,60 @@ struct NsBinding {
 /// Interns names read from the buffer without building a string for names seen before.
 class NameCache {
 public:
-    ZkName intern(const char16_t* text, int32_t length);
-    /// `hash` is the FNV-1a hash of the text by hashStep.
-    ZkName intern(const char16_t* text, int32_t length, uint32_t hash);
+    /// The slot hash of a name: its length and three of its units, enough to spread the
+    /// few dozen names of a document; the slot compares the whole text.
+    static uint32_t hashOf(const char16_t* text, int32_t length) {
+        uint32_t hash = uint32_t(length) * 0x9E3779B1u;
+        hash = hashStep(hash, text[0]);
+        hash = hashStep(hash, text[length - 1]);
+        return hashStep(hash, text[length >> 1]);
+    }
+    ZkName intern(const char16_t* text, int32_t length) {
+        return length == 0 ? ZkName() : intern(text, length, hashOf(text, length));
+    }
+    /// `hash` is hashOf the text, which is not empty. A name seen before costs one slot
+    /// probe and a compare, with no call out of line.
+    ZkName intern(const char16_t* text, int32_t length, uint32_t hash) {
+        if (length <= kMaxLength && m_slots) {
+            const Slot& slot = m_slots[(hash ^ (hash >> 16)) & (kSlots - 1)];
+            if (slot.key == (uint64_t(hash) << 32 | uint32_t(length)) &&
+                sameText(slot.text, text, length))
+                return ZkName(slot.name);
+        }
+        return internSlow(text, length, hash);
+    }
 
 private:
     static constexpr int kSlots = 1024;
     static constexpr int kMaxLength = 32;
     struct Slot {
-        uint32_t hash = 0;
-        int32_t length = -1;
+        uint64_t key = ~uint64_t(0); ///< hash << 32 | length; no name has this length
         ZkNameEnum name = ZKN_EMPTY;
         char16_t text[kMaxLength];
     };
+    /// Equal texts of `length` units, 1 to kMaxLength: four units at a time, the last four
+    /// overlapping, so no unit is read outside either text.
+    static bool sameText(const char16_t* a, const char16_t* b, int32_t length) {
+        if (length < 4) {
+            for (int32_t i = 0; i < length; ++i) {
+                if (a[i] != b[i])
+                    return false;
+            }
+            return true;
+        }
+        uint64_t x;
+        uint64_t y;
+        for (int32_t i = 0; i + 4 < length; i += 4) {
+            memcpy(&x, a + i, 8);
+            memcpy(&y, b + i, 8);
+            if (x != y)
+                return false;
+        }
+        memcpy(&x, a + length - 4, 8);
+        memcpy(&y, b + length - 4, 8);
+        return x == y;
+    }
+    ZkName internSlow(const char16_t* text, int32_t length, uint32_t hash);
     std::unique_ptr<Slot[]> m_slots;
 };
 
@@ -297,6 +339,16 @@ public:
         return -1;
     }
     UChar32 peekChar();
+    /// Whether the unread unit is a line end or tab that can stay in place for the text scan:
+    /// reading it first would only push it back, and the text would go the slow way.
+    bool startsLineText() const {
+        const InputState& in = m_in;
+        if (in.pos < in.end && in.pos >= in.rawLimit && !m_recording) {
+            char16_t c = in.chars[in.pos];
+            return c == 0x0A || c == 0x09 || c == 0x0D;
+        }
+        return false;
+    }
     /// Reads a name; with `fold`, ASCII capitals are folded to lower case.
     ZkName readName(bool fold = false);
     ZkName readNameSlow(bool fold);
@@ -306,6 +358,14 @@ public:
     bool skipWhitespace();
     void scanStartTag();
     void scanAttributes();
+    /// The common shape name="value" or prefix:name="value" in place: reads the names, "="
+    /// and the quote, and returns the quote; 0 with nothing read when anything else stands
+    /// there or the input needs the slow reader.
+    char16_t readAttributeHead(ZkName& prefix, ZkName& local);
+    /// Any other attribute, step by step with every report; false when none was kept.
+    bool scanAttributeSlow(UChar32 c, bool html, ZkName& prefix, ZkName& local);
+    /// The record of the next attribute, cleared, with its names.
+    Attribute& newAttribute(ZkName prefix, ZkName local);
     void scanTagEnd();
     void finishStartTag();
     void scanEndTag();

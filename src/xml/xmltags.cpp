@@ -81,41 +81,14 @@ UnicodeString qualifiedName(ZkName prefix, ZkName local) {
     return ZkXmlUtil::makeQNameStr(prefix.toString(), local.toString());
 }
 
-ZkName NameCache::intern(const char16_t* text, int32_t length) {
-    if (length == 0)
-        return ZkName();
-    uint32_t hash = uint32_t(length) * 0x9E3779B1u;
-    hash = hashStep(hash, text[0]);
-    hash = hashStep(hash, text[length - 1]);
-    hash = hashStep(hash, text[length >> 1]);
-    return intern(text, length, hash);
-}
-
-ZkName NameCache::intern(const char16_t* text, int32_t length, uint32_t hash) {
+ZkName NameCache::internSlow(const char16_t* text, int32_t length, uint32_t hash) {
     if (length > kMaxLength)
         return ZkName(UnicodeString(text, length));
     if (!m_slots)
         m_slots.reset(new Slot[kSlots]);
-    Slot& slot = m_slots[(hash ^ (hash >> 16)) & (kSlots - 1)];
-    if (slot.hash == hash && slot.length == length) {
-        // Four units at a time, then the rest.
-        int32_t i = 0;
-        for (; i + 4 <= length; i += 4) {
-            uint64_t a;
-            uint64_t b;
-            memcpy(&a, slot.text + i, 8);
-            memcpy(&b, text + i, 8);
-            if (a != b)
-                break;
-        }
-        while (i < length && slot.text[i] == text[i])
-            ++i;
-        if (i == length)
-            return slot.name;
-    }
     ZkName name(UnicodeString(text, length));
-    slot.hash = hash;
-    slot.length = length;
+    Slot& slot = m_slots[(hash ^ (hash >> 16)) & (kSlots - 1)];
+    slot.key = uint64_t(hash) << 32 | uint32_t(length);
     slot.name = name.getEnum();
     memcpy(slot.text, text, size_t(length) * 2);
     return name;
@@ -139,7 +112,7 @@ int XmlScanner::classify() {
     int unit = peekUnit();
     if (m_in.parserType == ZKN_text) {
         kind = peekChar() == kEof && m_in.atEnd ? PEEK_EOF : PEEK_TEXT;
-    } else if (unit >= 0 && unit != '<' && unit != '&') {
+    } else if (unit >= 0 ? unit != '<' && unit != '&' : startsLineText()) {
         kind = PEEK_TEXT; // the common case, read in place
     } else {
         UChar32 c = readChar();
@@ -258,13 +231,7 @@ ZkName XmlScanner::readName(bool fold) {
                         text = lowered;
                     }
                 }
-                // The cache compares the whole text; its slot needs only a cheap hash of the
-                // length and the ends.
-                uint32_t hash = uint32_t(length) * 0x9E3779B1u;
-                hash = hashStep(hash, text[0]);
-                hash = hashStep(hash, text[length - 1]);
-                hash = hashStep(hash, text[length >> 1]);
-                return m_names.intern(text, length, hash);
+                return m_names.intern(text, length, NameCache::hashOf(text, length));
             }
         }
     }
@@ -380,88 +347,13 @@ void XmlScanner::scanAttributes() {
             return; // the tag end reports what stands here
         ZkName prefix;
         ZkName local;
-        bool colonOnly = false;
-        bool dropped = false;
-        if (!readQName(prefix, local, colonOnly, html)) {
-            if (html && c != '"' && c != '\'' && c != '=') {
-                // Junk that cannot begin a name is a name all the same, to the next space.
-                UnicodeString junk;
-                for (;;) {
-                    c = readChar();
-                    if (c == kEof || isSpace(c) || c == '>' || c == '/' || c == '"' || c == '\'' ||
-                        c == '=') {
-                        pushBack(c);
-                        break;
-                    }
-                    junk.append(c);
-                }
-                if (junk.isEmpty()) {
-                    report(kErrorHtmlCharacter, charText(readChar()), UnicodeString());
-                    continue;
-                }
-                // Read as a name, but kept only when it is one: the element must save as XML.
-                dropped = !isNCName(junk);
-                if (dropped)
-                    report(kErrorHtmlCharacter, junk, UnicodeString());
-                else
-                    local = ZkName(junk.toLower());
-            } else {
-                c = readChar();
-                report(html ? kErrorHtmlCharacter : kErrorUnexpectedCharacter, charText(c),
-                       UnicodeString());
-                continue;
-            }
-        }
-        if (colonOnly)
-            report(kErrorAttributeName, prefix.toString() + u":", UnicodeString());
-        // The common shape name="value" is taken in place; anything else goes step by step.
-        if ((unit = peekUnit()) == '=') {
-            ++m_in.pos;
-            ++m_in.column;
-            c = '=';
-        } else {
-            skipWhitespace();
-            // HTML looks before it reads, so that what follows stays in place.
-            c = html ? peekChar() : readChar();
-            if (html && c == '=')
-                readChar();
-        }
-        if (m_attributeCount == int(m_attributes.size()))
-            m_attributes.emplace_back();
-        Attribute& attribute = m_attributes[size_t(m_attributeCount)];
-        attribute.prefix = prefix;
-        attribute.local = local;
-        attribute.ns = ZkName();
-        attribute.value.remove();
-        attribute.viewStart = -1;
-        if (c != '=') {
-            if (!html) { // HTML: an attribute without "=" has an empty value
-                pushBack(c);
-                report(kErrorMissingEquals, UnicodeString(), UnicodeString());
-            }
-        } else {
-            int quote = peekUnit();
-            if (quote == '"' || quote == '\'') {
-                ++m_in.pos;
-                ++m_in.column;
-                c = quote;
-            } else {
-                skipWhitespace();
-                c = html ? peekChar() : readChar();
-                if (html && (c == '"' || c == '\''))
-                    readChar();
-            }
-            if (c == '"' || c == '\'') {
-                readValue(char16_t(c), attribute);
-            } else if (html) {
-                readUnquotedValue(attribute.value);
-            } else {
-                pushBack(c);
-                report(kErrorMissingQuote, UnicodeString(), UnicodeString());
-            }
-        }
-        if (dropped)
+        char16_t quote = html ? 0 : readAttributeHead(prefix, local);
+        if (quote != 0) {
+            readValue(quote, newAttribute(prefix, local));
+        } else if (!scanAttributeSlow(c, html, prefix, local)) {
             continue;
+        }
+        Attribute& attribute = m_attributes[size_t(m_attributeCount)];
         ++m_attributeCount;
         if (prefix == ZKN_xmlns) {
             declareNamespace(local, ZkName(attributeValue(attribute)));
@@ -477,6 +369,128 @@ void XmlScanner::scanAttributes() {
                 m_settledType = ZKN_xhtml;
         }
     }
+}
+
+char16_t XmlScanner::readAttributeHead(ZkName& prefix, ZkName& local) {
+    InputState& in = m_in;
+    if (in.pos < in.rawLimit || m_recording)
+        return 0;
+    const char16_t* b = in.chars.get();
+    int32_t start = in.pos;
+    int32_t e = in.end;
+    int32_t p = start;
+    if (p >= e || b[p] >= 0x80 || !(kAsciiClass[b[p]] & kNameStart))
+        return 0;
+    while (++p < e && b[p] < 0x80 && (kAsciiClass[b[p]] & kNameChar)) {
+    }
+    int32_t localStart = start;
+    if (p < e && b[p] == ':') {
+        localStart = ++p;
+        if (p >= e || b[p] >= 0x80 || !(kAsciiClass[b[p]] & kNameStart))
+            return 0;
+        while (++p < e && b[p] < 0x80 && (kAsciiClass[b[p]] & kNameChar)) {
+        }
+    }
+    if (e - p < 2 || b[p] != '=' || (b[p + 1] != '"' && b[p + 1] != '\''))
+        return 0;
+    if (localStart != start) {
+        int32_t length = localStart - 1 - start;
+        prefix = m_names.intern(b + start, length, NameCache::hashOf(b + start, length));
+    }
+    int32_t length = p - localStart;
+    local = m_names.intern(b + localStart, length, NameCache::hashOf(b + localStart, length));
+    in.column += p + 2 - start;
+    in.pos = p + 2;
+    return b[p + 1];
+}
+
+Attribute& XmlScanner::newAttribute(ZkName prefix, ZkName local) {
+    if (m_attributeCount == int(m_attributes.size()))
+        m_attributes.emplace_back();
+    Attribute& attribute = m_attributes[size_t(m_attributeCount)];
+    attribute.prefix = prefix;
+    attribute.local = local;
+    attribute.ns = ZkName();
+    attribute.value.remove();
+    attribute.viewStart = -1;
+    return attribute;
+}
+
+bool XmlScanner::scanAttributeSlow(UChar32 c, bool html, ZkName& prefix, ZkName& local) {
+    bool colonOnly = false;
+    bool dropped = false;
+    if (!readQName(prefix, local, colonOnly, html)) {
+        if (html && c != '"' && c != '\'' && c != '=') {
+            // Junk that cannot begin a name is a name all the same, to the next space.
+            UnicodeString junk;
+            for (;;) {
+                c = readChar();
+                if (c == kEof || isSpace(c) || c == '>' || c == '/' || c == '"' || c == '\'' ||
+                    c == '=') {
+                    pushBack(c);
+                    break;
+                }
+                junk.append(c);
+            }
+            if (junk.isEmpty()) {
+                report(kErrorHtmlCharacter, charText(readChar()), UnicodeString());
+                return false;
+            }
+            // Read as a name, but kept only when it is one: the element must save as XML.
+            dropped = !isNCName(junk);
+            if (dropped)
+                report(kErrorHtmlCharacter, junk, UnicodeString());
+            else
+                local = ZkName(junk.toLower());
+        } else {
+            c = readChar();
+            report(html ? kErrorHtmlCharacter : kErrorUnexpectedCharacter, charText(c),
+                   UnicodeString());
+            return false;
+        }
+    }
+    if (colonOnly)
+        report(kErrorAttributeName, prefix.toString() + u":", UnicodeString());
+    // The common shape name="value" is taken in place; anything else goes step by step.
+    if (peekUnit() == '=') {
+        ++m_in.pos;
+        ++m_in.column;
+        c = '=';
+    } else {
+        skipWhitespace();
+        // HTML looks before it reads, so that what follows stays in place.
+        c = html ? peekChar() : readChar();
+        if (html && c == '=')
+            readChar();
+    }
+    Attribute& attribute = newAttribute(prefix, local);
+    if (c != '=') {
+        if (!html) { // HTML: an attribute without "=" has an empty value
+            pushBack(c);
+            report(kErrorMissingEquals, UnicodeString(), UnicodeString());
+        }
+    } else {
+        int quote = peekUnit();
+        if (quote == '"' || quote == '\'') {
+            ++m_in.pos;
+            ++m_in.column;
+            c = quote;
+        } else {
+            skipWhitespace();
+            c = html ? peekChar() : readChar();
+            if (html && (c == '"' || c == '\''))
+                readChar();
+        }
+        if (c == '"' || c == '\'') {
+            readValue(char16_t(c), attribute);
+        } else if (html) {
+            readUnquotedValue(attribute.value);
+        } else {
+            pushBack(c);
+            report(kErrorMissingQuote, UnicodeString(), UnicodeString());
+        }
+    }
+    return !dropped;
 }
 
 void XmlScanner::scanTagEnd() {
