@@ -43,12 +43,6 @@ enum AsciiClass : uint16_t {
 };
 extern const uint16_t kAsciiClass[128];
 
-/// The FNV-1a step used for the hashes of names.
-inline uint32_t hashStep(uint32_t hash, char16_t unit) {
-    return (hash ^ unit) * 16777619u;
-}
-constexpr uint32_t kHashSeed = 2166136261u;
-
 /// The qualified name as text.
 UnicodeString qualifiedName(ZkName prefix, ZkName local);
 
@@ -169,60 +163,65 @@ struct NsBinding {
 /// Interns names read from the buffer without building a string for names seen before.
 class NameCache {
 public:
-    /// The slot hash of a name: its length and three of its units, enough to spread the
-    /// few dozen names of a document; the slot compares the whole text.
-    static uint32_t hashOf(const char16_t* text, int32_t length) {
-        uint32_t hash = uint32_t(length) * 0x9E3779B1u;
-        hash = hashStep(hash, text[0]);
-        hash = hashStep(hash, text[length - 1]);
-        return hashStep(hash, text[length >> 1]);
-    }
+    /// A name seen before costs two loads of its ends, one slot probe and a compare, with no
+    /// call out of line.
     ZkName intern(const char16_t* text, int32_t length) {
-        return length == 0 ? ZkName() : intern(text, length, hashOf(text, length));
-    }
-    /// `hash` is hashOf the text, which is not empty. A name seen before costs one slot
-    /// probe and a compare, with no call out of line.
-    ZkName intern(const char16_t* text, int32_t length, uint32_t hash) {
-        if (length <= kMaxLength && m_slots) {
-            const Slot& slot = m_slots[(hash ^ (hash >> 16)) & (kSlots - 1)];
-            if (slot.key == (uint64_t(hash) << 32 | uint32_t(length)) &&
-                sameText(slot.text, text, length))
+        if (length > 0 && length <= kMaxLength && m_slots) {
+            uint64_t head;
+            uint64_t tail;
+            ends(text, length, head, tail);
+            const Slot& slot = m_slots[slotOf(head, tail)];
+            if (slot.head == head && slot.tail == tail && slot.length == length &&
+                (length <= 8 || sameMiddle(slot.text, text, length)))
                 return ZkName(slot.name);
         }
-        return internSlow(text, length, hash);
+        return internSlow(text, length);
     }
 
 private:
-    static constexpr int kSlots = 1024;
+    static constexpr int kSlotBits = 10;
     static constexpr int kMaxLength = 32;
     struct Slot {
-        uint64_t key = ~uint64_t(0); ///< hash << 32 | length; no name has this length
+        uint64_t head = 0;
+        uint64_t tail = 0;
+        int32_t length = -1;
         ZkNameEnum name = ZKN_EMPTY;
         char16_t text[kMaxLength];
     };
-    /// Equal texts of `length` units, 1 to kMaxLength: four units at a time, the last four
-    /// overlapping, so no unit is read outside either text.
-    static bool sameText(const char16_t* a, const char16_t* b, int32_t length) {
-        if (length < 4) {
-            for (int32_t i = 0; i < length; ++i) {
-                if (a[i] != b[i])
-                    return false;
-            }
-            return true;
+    /// The first and the last four units of a name of 1 to kMaxLength units, overlapping
+    /// when it is shorter than eight; a name under four units fills both alike. A name of up
+    /// to eight units is all in them.
+    static void ends(const char16_t* text, int32_t length, uint64_t& head, uint64_t& tail) {
+        if (length >= 4) {
+            memcpy(&head, text, 8);
+            memcpy(&tail, text + length - 4, 8);
+            return;
         }
-        uint64_t x;
-        uint64_t y;
-        for (int32_t i = 0; i + 4 < length; i += 4) {
+        head = text[0];
+        if (length > 1)
+            head |= uint64_t(text[1]) << 16;
+        if (length > 2)
+            head |= uint64_t(text[2]) << 32;
+        tail = head;
+    }
+    static size_t slotOf(uint64_t head, uint64_t tail) {
+        return size_t((head * 0x9E3779B97F4A7C15ull ^ tail * 0xC2B2AE3D27D4EB4Full) >>
+                      (64 - kSlotBits));
+    }
+    /// Equal units between the ends of two names of `length` units, 9 to kMaxLength, four at
+    /// a time; the last four may run into the tail, which is equal already.
+    static bool sameMiddle(const char16_t* a, const char16_t* b, int32_t length) {
+        for (int32_t i = 4; i < length - 4; i += 4) {
+            uint64_t x;
+            uint64_t y;
             memcpy(&x, a + i, 8);
             memcpy(&y, b + i, 8);
             if (x != y)
                 return false;
         }
-        memcpy(&x, a + length - 4, 8);
-        memcpy(&y, b + length - 4, 8);
-        return x == y;
+        return true;
     }
-    ZkName internSlow(const char16_t* text, int32_t length, uint32_t hash);
+    ZkName internSlow(const char16_t* text, int32_t length);
     std::unique_ptr<Slot[]> m_slots;
 };
 
@@ -352,6 +351,10 @@ public:
     /// Reads a name; with `fold`, ASCII capitals are folded to lower case.
     ZkName readName(bool fold = false);
     ZkName readNameSlow(bool fold);
+    /// Interns the names of prefix:local, `length` units at `text` with the local part at
+    /// `localStart` (0 without a prefix).
+    void internQName(const char16_t* text, int32_t localStart, int32_t length, ZkName& prefix,
+                     ZkName& local);
     /// Reads prefix:local; false with nothing read.
     bool readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal, bool fold = false);
     /// True when white space was skipped.
@@ -510,6 +513,11 @@ public:
     std::vector<OpenElement> m_open;
     std::vector<NsBinding> m_bindings;
     std::unordered_map<int32_t, int32_t> m_prefixTop; ///< prefix -> innermost binding
+    uint64_t m_bindingsGeneration = 0;                ///< changes whenever m_prefixTop does
+    /// The last prefix resolvePrefix looked up, and its answer in that generation.
+    mutable ZkName m_resolvedPrefix;
+    mutable ZkName m_resolvedUri;
+    mutable uint64_t m_resolvedGeneration = ~uint64_t(0);
     ZkName m_elementPrefix;
     ZkName m_elementName;
     ZkName m_elementNs;

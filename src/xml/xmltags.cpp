@@ -64,6 +64,53 @@ constexpr uint16_t classOf(int c) {
                     (c == '?' ? kStopPI : 0) | (c < 0x20 ? kControl : 0) |
                     (c == '"' ? kQuoteDouble : 0) | (c == '\'' ? kQuoteSingle : 0));
 }
+
+/// The end of the run of ASCII name characters (letters, digits, "_", "-" and ".") that
+/// starts at `p`, below `e`: where a name read in place stops, on ":", "=", space, markup or
+/// a unit that needs the full test.
+inline int32_t skipNameChars(const char16_t* b, int32_t p, int32_t e) {
+#if defined(__SSE2__)
+    // Eight units at a time: each class is one range, tested as an unsigned "x - low <=
+    // width" by a saturating subtraction; units above U+007F fall outside every range.
+    const __m128i zero = _mm_setzero_si128();
+    while (e - p >= 8) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + p));
+        __m128i folded = _mm_or_si128(v, _mm_set1_epi16(0x20));
+        __m128i letter = _mm_cmpeq_epi16(
+            _mm_subs_epu16(_mm_sub_epi16(folded, _mm_set1_epi16('a')), _mm_set1_epi16(25)), zero);
+        __m128i digit = _mm_cmpeq_epi16(
+            _mm_subs_epu16(_mm_sub_epi16(v, _mm_set1_epi16('0')), _mm_set1_epi16(9)), zero);
+        __m128i dashDot = _mm_cmpeq_epi16(
+            _mm_subs_epu16(_mm_sub_epi16(v, _mm_set1_epi16('-')), _mm_set1_epi16(1)), zero);
+        __m128i underscore = _mm_cmpeq_epi16(v, _mm_set1_epi16('_'));
+        __m128i name = _mm_or_si128(_mm_or_si128(letter, digit), _mm_or_si128(dashDot, underscore));
+        int stops = _mm_movemask_epi8(name) ^ 0xFFFF;
+        if (stops)
+            return p + (__builtin_ctz(unsigned(stops)) >> 1);
+        p += 8;
+    }
+#endif
+    while (p < e && b[p] < 0x80 && (kAsciiClass[b[p]] & kNameChar))
+        ++p;
+    return p;
+}
+
+/// The end of prefix:local or local at `p` when it lies whole in [p, e) in plain ASCII name
+/// characters, with `localStart` where the local part begins; -1 when it does not, or when
+/// a colon has no name after it (the slow reader reports that).
+inline int32_t scanQName(const char16_t* b, int32_t p, int32_t e, int32_t& localStart) {
+    if (p >= e || b[p] >= 0x80 || !(kAsciiClass[b[p]] & kNameStart))
+        return -1;
+    localStart = p;
+    int32_t q = skipNameChars(b, p + 1, e);
+    if (q < e && b[q] == ':') {
+        localStart = ++q;
+        if (q >= e || b[q] >= 0x80 || !(kAsciiClass[b[q]] & kNameStart))
+            return -1;
+        q = skipNameChars(b, q + 1, e);
+    }
+    return q;
+}
 } // namespace
 
 // clang-format off
@@ -81,14 +128,21 @@ UnicodeString qualifiedName(ZkName prefix, ZkName local) {
     return ZkXmlUtil::makeQNameStr(prefix.toString(), local.toString());
 }
 
-ZkName NameCache::internSlow(const char16_t* text, int32_t length, uint32_t hash) {
+ZkName NameCache::internSlow(const char16_t* text, int32_t length) {
+    if (length == 0)
+        return ZkName();
     if (length > kMaxLength)
         return ZkName(UnicodeString(text, length));
     if (!m_slots)
-        m_slots.reset(new Slot[kSlots]);
+        m_slots.reset(new Slot[size_t(1) << kSlotBits]);
     ZkName name(UnicodeString(text, length));
-    Slot& slot = m_slots[(hash ^ (hash >> 16)) & (kSlots - 1)];
-    slot.key = uint64_t(hash) << 32 | uint32_t(length);
+    uint64_t head;
+    uint64_t tail;
+    ends(text, length, head, tail);
+    Slot& slot = m_slots[slotOf(head, tail)];
+    slot.head = head;
+    slot.tail = tail;
+    slot.length = length;
     slot.name = name.getEnum();
     memcpy(slot.text, text, size_t(length) * 2);
     return name;
@@ -204,10 +258,8 @@ ZkName XmlScanner::readName(bool fold) {
         int32_t p = in.pos;
         char16_t c = b[p];
         if (c < 0x80 && (kAsciiClass[c] & kNameStart)) {
-            int32_t q = p + 1;
             int32_t e = in.end;
-            while (q < e && b[q] < 0x80 && (kAsciiClass[b[q]] & kNameChar))
-                ++q;
+            int32_t q = skipNameChars(b, p + 1, e);
             if (q < e && b[q] < 0x80) {
                 if (m_recording)
                     appendText(b + p, q - p);
@@ -231,7 +283,7 @@ ZkName XmlScanner::readName(bool fold) {
                         text = lowered;
                     }
                 }
-                return m_names.intern(text, length, NameCache::hashOf(text, length));
+                return m_names.intern(text, length);
             }
         }
     }
@@ -259,9 +311,31 @@ ZkName XmlScanner::readNameSlow(bool fold) {
     return m_names.intern(m_scratch.getBuffer(), m_scratch.length());
 }
 
+void XmlScanner::internQName(const char16_t* text, int32_t localStart, int32_t length,
+                             ZkName& prefix, ZkName& local) {
+    if (localStart > 0)
+        prefix = m_names.intern(text, localStart - 1);
+    const char16_t* localText = text + localStart;
+    int32_t localLength = length - localStart;
+    local = m_names.intern(localText, localLength);
+}
+
 bool XmlScanner::readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal, bool fold) {
     colonWithoutLocal = false;
     prefix = ZkName();
+    InputState& in = m_in;
+    if (!fold && !m_recording && in.pos >= in.rawLimit) {
+        // The whole name in place, ended by an ASCII unit: both parts at once.
+        const char16_t* b = in.chars.get();
+        int32_t localStart;
+        int32_t end = scanQName(b, in.pos, in.end, localStart);
+        if (end >= 0 && end < in.end && b[end] < 0x80) {
+            internQName(b + in.pos, localStart - in.pos, end - in.pos, prefix, local);
+            in.column += end - in.pos;
+            in.pos = end;
+            return true;
+        }
+    }
     local = readName(fold);
     if (local.isEmpty())
         return false;
@@ -376,30 +450,12 @@ char16_t XmlScanner::readAttributeHead(ZkName& prefix, ZkName& local) {
     if (in.pos < in.rawLimit || m_recording)
         return 0;
     const char16_t* b = in.chars.get();
-    int32_t start = in.pos;
-    int32_t e = in.end;
-    int32_t p = start;
-    if (p >= e || b[p] >= 0x80 || !(kAsciiClass[b[p]] & kNameStart))
+    int32_t localStart;
+    int32_t p = scanQName(b, in.pos, in.end, localStart);
+    if (p < 0 || in.end - p < 2 || b[p] != '=' || (b[p + 1] != '"' && b[p + 1] != '\''))
         return 0;
-    while (++p < e && b[p] < 0x80 && (kAsciiClass[b[p]] & kNameChar)) {
-    }
-    int32_t localStart = start;
-    if (p < e && b[p] == ':') {
-        localStart = ++p;
-        if (p >= e || b[p] >= 0x80 || !(kAsciiClass[b[p]] & kNameStart))
-            return 0;
-        while (++p < e && b[p] < 0x80 && (kAsciiClass[b[p]] & kNameChar)) {
-        }
-    }
-    if (e - p < 2 || b[p] != '=' || (b[p + 1] != '"' && b[p + 1] != '\''))
-        return 0;
-    if (localStart != start) {
-        int32_t length = localStart - 1 - start;
-        prefix = m_names.intern(b + start, length, NameCache::hashOf(b + start, length));
-    }
-    int32_t length = p - localStart;
-    local = m_names.intern(b + localStart, length, NameCache::hashOf(b + localStart, length));
-    in.column += p + 2 - start;
+    internQName(b + in.pos, localStart - in.pos, p - in.pos, prefix, local);
+    in.column += p + 2 - in.pos;
     in.pos = p + 2;
     return b[p + 1];
 }
@@ -609,8 +665,19 @@ void XmlScanner::finishStartTag() {
         }
     }
     if (m_attributeCount <= kLinearDuplicateCheck) {
-        for (int i = 1; i < m_attributeCount; ++i) {
+        // One bit per (local name, namespace) pair: only an attribute whose bit an earlier one
+        // set is compared with the earlier ones.
+        uint64_t seen = 0;
+        for (int i = 0; i < m_attributeCount; ++i) {
             const Attribute& attribute = m_attributes[size_t(i)];
+            uint32_t mixed = (uint32_t(attribute.local.getEnum()) * 0x9E3779B1u +
+                              uint32_t(attribute.ns.getEnum())) *
+                             0x85EBCA6Bu;
+            uint64_t bit = uint64_t(1) << (mixed >> 26);
+            bool maybe = (seen & bit) != 0;
+            seen |= bit;
+            if (!maybe)
+                continue;
             for (int j = 0; j < i; ++j) {
                 const Attribute& earlier = m_attributes[size_t(j)];
                 if (earlier.local == attribute.local && earlier.ns == attribute.ns)
@@ -646,6 +713,7 @@ void XmlScanner::declareNamespace(ZkName prefix, ZkName uri) {
         return; // an outer scope says the same
     auto found = m_prefixTop.find(prefix.getEnum());
     int32_t previous = found == m_prefixTop.end() ? -1 : found->second;
+    ++m_bindingsGeneration;
     m_prefixTop[prefix.getEnum()] = int32_t(m_bindings.size());
     m_bindings.push_back(NsBinding{prefix, uri, previous});
 }
@@ -655,8 +723,16 @@ ZkName XmlScanner::resolvePrefix(ZkName prefix) const {
         return ZKN_NS_XML;
     if (prefix == ZKN_xmlns)
         return ZKN_NS_XMLNS;
+    // Elements mostly repeat the prefix of the one before: its answer stands until a
+    // binding is made or dropped.
+    if (prefix == m_resolvedPrefix && m_resolvedGeneration == m_bindingsGeneration)
+        return m_resolvedUri;
     auto found = m_prefixTop.find(prefix.getEnum());
-    return found == m_prefixTop.end() ? ZkName() : m_bindings[size_t(found->second)].uri;
+    ZkName uri = found == m_prefixTop.end() ? ZkName() : m_bindings[size_t(found->second)].uri;
+    m_resolvedPrefix = prefix;
+    m_resolvedUri = uri;
+    m_resolvedGeneration = m_bindingsGeneration;
+    return uri;
 }
 
 void XmlScanner::closeElement() {
@@ -672,6 +748,8 @@ void XmlScanner::closeElement() {
             m_openCountsDynamic.erase(n);
     }
     int32_t start = element.bindingStart;
+    if (start < int32_t(m_bindings.size()))
+        ++m_bindingsGeneration;
     for (int32_t i = int32_t(m_bindings.size()) - 1; i >= start; --i) {
         const NsBinding& binding = m_bindings[size_t(i)];
         if (binding.previous < 0)
