@@ -3,6 +3,9 @@
 #include "xml/xmlscanner.h"
 #include "zkcommon/core/char.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace ZkCommonNS {
 namespace detail {
 
@@ -42,6 +45,8 @@ XmlScanner::XmlScanner(ZkXmlParserImpl& owner, const ZkUri::ContentInfo* info)
     : m_owner(owner), m_parserType(ZKN_auto), m_defaultType(ZKN_html) {
     if (info)
         m_info = std::make_unique<ZkUri::ContentInfo>(info);
+    for (auto& row : m_attributeSlots)
+        std::fill(std::begin(row), std::end(row), -1);
     reset();
 }
 

@@ -170,13 +170,34 @@ public:
             uint64_t head;
             uint64_t tail;
             ends(text, length, head, tail);
-            const Slot& slot = m_slots[slotOf(head, tail)];
+            size_t index = slotOf(head, tail);
+            const Slot& slot = m_slots[index];
             if (slot.head == head && slot.tail == tail && slot.length == length &&
-                (length <= 8 || sameMiddle(slot.text, text, length)))
+                (length <= 8 || sameMiddle(slot.text, text, length))) {
+                m_lastSlot = int32_t(index);
                 return ZkName(slot.name);
+            }
         }
         return internSlow(text, length);
     }
+    /// The slot of the name the last intern gave, -1 when it is not kept.
+    int32_t lastSlot() const { return m_lastSlot; }
+    /// The length of the name in slot `index` when the `available` units at `text` begin
+    /// with it, else 0. What follows the name is the caller's to check.
+    int32_t matchSlot(int32_t index, const char16_t* text, int32_t available) const {
+        const Slot& slot = m_slots[size_t(index)];
+        int32_t length = slot.length;
+        if (!slot.plain || length > available)
+            return 0;
+        uint64_t head;
+        uint64_t tail;
+        ends(text, length, head, tail);
+        return slot.head == head && slot.tail == tail &&
+                       (length <= 8 || sameMiddle(slot.text, text, length))
+                   ? length
+                   : 0;
+    }
+    ZkName slotName(int32_t index) const { return ZkName(m_slots[size_t(index)].name); }
 
 private:
     static constexpr int kSlotBits = 10;
@@ -186,6 +207,7 @@ private:
         uint64_t tail = 0;
         int32_t length = -1;
         ZkNameEnum name = ZKN_EMPTY;
+        bool plain = false; ///< a name of ASCII name characters, which matchSlot may find
         char16_t text[kMaxLength];
     };
     /// The first and the last four units of a name of 1 to kMaxLength units, overlapping
@@ -223,6 +245,7 @@ private:
     }
     ZkName internSlow(const char16_t* text, int32_t length);
     std::unique_ptr<Slot[]> m_slots;
+    int32_t m_lastSlot = -1;
 };
 
 class XmlScanner {
@@ -364,7 +387,7 @@ public:
     /// The common shape name="value" or prefix:name="value" in place: reads the names, "="
     /// and the quote, and returns the quote; 0 with nothing read when anything else stands
     /// there or the input needs the slow reader.
-    char16_t readAttributeHead(ZkName& prefix, ZkName& local);
+    char16_t readAttributeHead(ZkName& prefix, ZkName& local, int32_t* predicted);
     /// Any other attribute, step by step with every report; false when none was kept.
     bool scanAttributeSlow(UChar32 c, bool html, ZkName& prefix, ZkName& local);
     /// The record of the next attribute, cleared, with its names.
@@ -508,6 +531,13 @@ public:
     int m_eventColumn = -1;
     std::vector<Attribute> m_attributes;
     int m_attributeCount = 0;
+    bool m_prefixedAttributes = false; ///< some attribute of the start tag has a prefix
+    /// Name cache slots of the unprefixed attribute names last read at each position of a
+    /// start tag, by a hash of the element's local name: tags of a kind repeat their
+    /// attributes in order, and a name found there is taken with one compare. -1 for none.
+    static constexpr int kPredictedAttributes = 16;
+    static constexpr int kPredictedKindBits = 3;
+    int32_t m_attributeSlots[1 << kPredictedKindBits][kPredictedAttributes];
     bool m_valuesInBuffer = false;         ///< some attribute values are views into the read buffer
     std::vector<uint64_t> m_attributeKeys; ///< open addressing, for many attributes
     std::vector<OpenElement> m_open;

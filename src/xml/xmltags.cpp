@@ -129,6 +129,7 @@ UnicodeString qualifiedName(ZkName prefix, ZkName local) {
 }
 
 ZkName NameCache::internSlow(const char16_t* text, int32_t length) {
+    m_lastSlot = -1;
     if (length == 0)
         return ZkName();
     if (length > kMaxLength)
@@ -139,11 +140,15 @@ ZkName NameCache::internSlow(const char16_t* text, int32_t length) {
     uint64_t head;
     uint64_t tail;
     ends(text, length, head, tail);
-    Slot& slot = m_slots[slotOf(head, tail)];
+    size_t index = slotOf(head, tail);
+    m_lastSlot = int32_t(index);
+    Slot& slot = m_slots[index];
     slot.head = head;
     slot.tail = tail;
     slot.length = length;
     slot.name = name.getEnum();
+    slot.plain = text[0] < 0x80 && (kAsciiClass[text[0]] & kNameStart) &&
+                 skipNameChars(text, 1, length) == length;
     memcpy(slot.text, text, size_t(length) * 2);
     return name;
 }
@@ -406,6 +411,10 @@ UnicodeString XmlScanner::openQName() const {
 }
 
 void XmlScanner::scanAttributes() {
+    uint32_t kind =
+        (uint32_t(m_open.back().local.getEnum()) * 0x9E3779B1u) >> (32 - kPredictedKindBits);
+    int32_t* predicted = m_attributeSlots[kind];
+    m_prefixedAttributes = false;
     for (;;) {
         bool spaced = skipWhitespace();
         int unit = peekUnit();
@@ -421,7 +430,7 @@ void XmlScanner::scanAttributes() {
             return; // the tag end reports what stands here
         ZkName prefix;
         ZkName local;
-        char16_t quote = html ? 0 : readAttributeHead(prefix, local);
+        char16_t quote = html ? 0 : readAttributeHead(prefix, local, predicted);
         if (quote != 0) {
             readValue(quote, newAttribute(prefix, local));
         } else if (!scanAttributeSlow(c, html, prefix, local)) {
@@ -429,6 +438,8 @@ void XmlScanner::scanAttributes() {
         }
         Attribute& attribute = m_attributes[size_t(m_attributeCount)];
         ++m_attributeCount;
+        if (!prefix.isEmpty())
+            m_prefixedAttributes = true;
         if (prefix == ZKN_xmlns) {
             declareNamespace(local, ZkName(attributeValue(attribute)));
             attribute.ns = ZKN_NS_XMLNS;
@@ -445,16 +456,32 @@ void XmlScanner::scanAttributes() {
     }
 }
 
-char16_t XmlScanner::readAttributeHead(ZkName& prefix, ZkName& local) {
+char16_t XmlScanner::readAttributeHead(ZkName& prefix, ZkName& local, int32_t* predicted) {
     InputState& in = m_in;
     if (in.pos < in.rawLimit || m_recording)
         return 0;
     const char16_t* b = in.chars.get();
+    int32_t position = m_attributeCount < kPredictedAttributes ? m_attributeCount : -1;
+    int32_t guess = position >= 0 ? predicted[position] : -1;
+    if (guess >= 0) {
+        // The name read here in the last tag, when "=" and a quote follow it: any name would
+        // end before "=", so this is the name the full reading would find.
+        int32_t length = m_names.matchSlot(guess, b + in.pos, in.end - in.pos - 2);
+        int32_t p = in.pos + length;
+        if (length > 0 && b[p] == '=' && (b[p + 1] == '"' || b[p + 1] == '\'')) {
+            local = m_names.slotName(guess);
+            in.column += length + 2;
+            in.pos = p + 2;
+            return b[p + 1];
+        }
+    }
     int32_t localStart;
     int32_t p = scanQName(b, in.pos, in.end, localStart);
     if (p < 0 || in.end - p < 2 || b[p] != '=' || (b[p + 1] != '"' && b[p + 1] != '\''))
         return 0;
     internQName(b + in.pos, localStart - in.pos, p - in.pos, prefix, local);
+    if (position >= 0 && localStart == in.pos)
+        predicted[position] = m_names.lastSlot();
     in.column += p + 2 - in.pos;
     in.pos = p + 2;
     return b[p + 1];
@@ -652,7 +679,7 @@ void XmlScanner::finishStartTag() {
         enterMathScope();
     // Attribute namespaces, then duplicates by (local name, namespace).
     bool lax = m_features[ZkXmlParser::FEATURE_LAX_ATTRIBUTE_PREFIX] || isHtml();
-    for (int i = 0; i < m_attributeCount; ++i) {
+    for (int i = 0; m_prefixedAttributes && i < m_attributeCount; ++i) {
         Attribute& attribute = m_attributes[size_t(i)];
         if (attribute.prefix.isEmpty() || !attribute.ns.isEmpty())
             continue;
@@ -665,17 +692,18 @@ void XmlScanner::finishStartTag() {
         }
     }
     if (m_attributeCount <= kLinearDuplicateCheck) {
-        // One bit per (local name, namespace) pair: only an attribute whose bit an earlier one
-        // set is compared with the earlier ones.
-        uint64_t seen = 0;
+        // One bit of 256 per (local name, namespace) pair: only an attribute whose bit an
+        // earlier one set is compared with the earlier ones.
+        uint64_t seen[4] = {0, 0, 0, 0};
         for (int i = 0; i < m_attributeCount; ++i) {
             const Attribute& attribute = m_attributes[size_t(i)];
             uint32_t mixed = (uint32_t(attribute.local.getEnum()) * 0x9E3779B1u +
                               uint32_t(attribute.ns.getEnum())) *
                              0x85EBCA6Bu;
-            uint64_t bit = uint64_t(1) << (mixed >> 26);
-            bool maybe = (seen & bit) != 0;
-            seen |= bit;
+            uint64_t& word = seen[mixed >> 30];
+            uint64_t bit = uint64_t(1) << ((mixed >> 24) & 63);
+            bool maybe = (word & bit) != 0;
+            word |= bit;
             if (!maybe)
                 continue;
             for (int j = 0; j < i; ++j) {
