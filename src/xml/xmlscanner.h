@@ -151,6 +151,9 @@ struct OpenElement {
     ZkName local;
     ZkName ns;
     int32_t bindingStart; ///< first namespace binding made by this element
+    /// Name cache slots of the names as the start tag gave them, for the end tag; -1 unknown.
+    int32_t prefixSlot = -1;
+    int32_t localSlot = -1;
     bool counted = false; ///< counted in XmlScanner::m_openCounts (HTML)
 };
 
@@ -391,10 +394,23 @@ public:
     /// Any other attribute, step by step with every report; false when none was kept.
     bool scanAttributeSlow(UChar32 c, bool html, ZkName& prefix, ZkName& local);
     /// The record of the next attribute, cleared, with its names.
-    Attribute& newAttribute(ZkName prefix, ZkName local);
+    Attribute& newAttribute(ZkName prefix, ZkName local) {
+        if (m_attributeCount == int(m_attributes.size()))
+            m_attributes.emplace_back();
+        Attribute& attribute = m_attributes[size_t(m_attributeCount)];
+        attribute.prefix = prefix;
+        attribute.local = local;
+        attribute.ns = ZkName();
+        attribute.value.remove();
+        attribute.viewStart = -1;
+        return attribute;
+    }
     void scanTagEnd();
     void finishStartTag();
     void scanEndTag();
+    /// The end tag names the open element in the text its start tag had, in place: reads
+    /// the name and returns true; false with nothing read otherwise.
+    bool closesInPlace();
     void closeElement();
     UnicodeString openQName() const;
     /// The value of an attribute of the current start tag.
@@ -531,6 +547,9 @@ public:
     int m_eventColumn = -1;
     std::vector<Attribute> m_attributes;
     int m_attributeCount = 0;
+    /// Name cache slots of the last qualified name read in place; -1 when unknown.
+    int32_t m_qnamePrefixSlot = -1;
+    int32_t m_qnameLocalSlot = -1;
     bool m_prefixedAttributes = false; ///< some attribute of the start tag has a prefix
     /// Name cache slots of the unprefixed attribute names last read at each position of a
     /// start tag, by a hash of the element's local name: tags of a kind repeat their

@@ -318,11 +318,15 @@ ZkName XmlScanner::readNameSlow(bool fold) {
 
 void XmlScanner::internQName(const char16_t* text, int32_t localStart, int32_t length,
                              ZkName& prefix, ZkName& local) {
-    if (localStart > 0)
+    m_qnamePrefixSlot = -1;
+    if (localStart > 0) {
         prefix = m_names.intern(text, localStart - 1);
+        m_qnamePrefixSlot = m_names.lastSlot();
+    }
     const char16_t* localText = text + localStart;
     int32_t localLength = length - localStart;
     local = m_names.intern(localText, localLength);
+    m_qnameLocalSlot = m_names.lastSlot();
 }
 
 bool XmlScanner::readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal, bool fold) {
@@ -341,6 +345,7 @@ bool XmlScanner::readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLoca
             return true;
         }
     }
+    m_qnamePrefixSlot = m_qnameLocalSlot = -1;
     local = readName(fold);
     if (local.isEmpty())
         return false;
@@ -368,6 +373,8 @@ void XmlScanner::scanStartTag() {
     bool colonOnly = false;
     // Once HTML is settled the names are folded as they are read.
     bool folded = m_settledType == ZKN_html;
+    int32_t prefixSlot = -1;
+    int32_t localSlot = -1;
     if (m_held == PEEK_START_TAG) {
         m_held = PEEK_NONE; // the name read before an implied event
         prefix = m_heldPrefix;
@@ -381,6 +388,8 @@ void XmlScanner::scanStartTag() {
             if (local.isEmpty())
                 local = prefix;
         }
+        prefixSlot = m_qnamePrefixSlot;
+        localSlot = m_qnameLocalSlot;
     }
     if (m_firstElement.isEmpty()) {
         m_firstElement = local;
@@ -399,6 +408,8 @@ void XmlScanner::scanStartTag() {
     element.prefix = prefix;
     element.local = local;
     element.bindingStart = int32_t(m_bindings.size());
+    element.prefixSlot = prefixSlot;
+    element.localSlot = localSlot;
     m_open.push_back(element);
     scanAttributes();
     scanTagEnd();
@@ -416,26 +427,39 @@ void XmlScanner::scanAttributes() {
     int32_t* predicted = m_attributeSlots[kind];
     m_prefixedAttributes = false;
     for (;;) {
-        bool spaced = skipWhitespace();
-        int unit = peekUnit();
-        UChar32 c = unit >= 0 ? unit : peekChar();
-        if (c == '>' || c == '/')
-            return;
-        if (c == kEof) {
-            report(kErrorUnclosedTag, openQName(), UnicodeString());
-            return;
-        }
         bool html = isHtml();
-        if (!spaced && !html)
-            return; // the tag end reports what stands here
         ZkName prefix;
         ZkName local;
-        char16_t quote = html ? 0 : readAttributeHead(prefix, local, predicted);
-        if (quote != 0) {
-            readValue(quote, newAttribute(prefix, local));
-        } else if (!scanAttributeSlow(c, html, prefix, local)) {
-            continue;
+        char16_t quote = 0;
+        InputState& in = m_in;
+        if (!html && in.pos >= in.rawLimit && in.end - in.pos > 1 && in.chars[in.pos] == ' ' &&
+            in.chars[in.pos + 1] < 0x80 && (kAsciiClass[in.chars[in.pos + 1]] & kNameStart) &&
+            !m_recording) {
+            // One space and a name: what skipWhitespace would do, then the common shape.
+            ++in.pos;
+            ++in.column;
+            quote = readAttributeHead(prefix, local, predicted);
+            if (quote == 0 && !scanAttributeSlow(in.chars[in.pos], html, prefix, local))
+                continue;
+        } else {
+            bool spaced = skipWhitespace();
+            int unit = peekUnit();
+            UChar32 c = unit >= 0 ? unit : peekChar();
+            if (c == '>' || c == '/')
+                return;
+            if (c == kEof) {
+                report(kErrorUnclosedTag, openQName(), UnicodeString());
+                return;
+            }
+            html = isHtml();
+            if (!spaced && !html)
+                return; // the tag end reports what stands here
+            quote = html ? 0 : readAttributeHead(prefix, local, predicted);
+            if (quote == 0 && !scanAttributeSlow(c, html, prefix, local))
+                continue;
         }
+        if (quote != 0)
+            readValue(quote, newAttribute(prefix, local));
         Attribute& attribute = m_attributes[size_t(m_attributeCount)];
         ++m_attributeCount;
         if (!prefix.isEmpty())
@@ -485,18 +509,6 @@ char16_t XmlScanner::readAttributeHead(ZkName& prefix, ZkName& local, int32_t* p
     in.column += p + 2 - in.pos;
     in.pos = p + 2;
     return b[p + 1];
-}
-
-Attribute& XmlScanner::newAttribute(ZkName prefix, ZkName local) {
-    if (m_attributeCount == int(m_attributes.size()))
-        m_attributes.emplace_back();
-    Attribute& attribute = m_attributes[size_t(m_attributeCount)];
-    attribute.prefix = prefix;
-    attribute.local = local;
-    attribute.ns = ZkName();
-    attribute.value.remove();
-    attribute.viewStart = -1;
-    return attribute;
 }
 
 bool XmlScanner::scanAttributeSlow(UChar32 c, bool html, ZkName& prefix, ZkName& local) {
@@ -789,6 +801,35 @@ void XmlScanner::closeElement() {
     m_open.pop_back();
 }
 
+bool XmlScanner::closesInPlace() {
+    InputState& in = m_in;
+    if (m_open.empty() || int(m_open.size()) <= in.baseDepth || in.pos < in.rawLimit || m_recording)
+        return false;
+    const OpenElement& open = m_open.back();
+    const char16_t* b = in.chars.get();
+    int32_t p = in.pos;
+    int32_t e = in.end;
+    if (!open.prefix.isEmpty()) {
+        if (open.prefixSlot < 0 || m_names.slotName(open.prefixSlot) != open.prefix)
+            return false;
+        int32_t length = m_names.matchSlot(open.prefixSlot, b + p, e - p);
+        if (length == 0 || p + length >= e || b[p + length] != ':')
+            return false;
+        p += length + 1;
+    }
+    if (open.localSlot < 0 || m_names.slotName(open.localSlot) != open.local)
+        return false;
+    int32_t length = m_names.matchSlot(open.localSlot, b + p, e - p);
+    // The name must end there: ">" or white space after it.
+    if (length == 0 || p + length >= e ||
+        (b[p + length] != '>' && b[p + length] != ' ' && b[p + length] != '\n'))
+        return false;
+    p += length;
+    in.column += p - in.pos;
+    in.pos = p;
+    return true;
+}
+
 void XmlScanner::scanEndTag() {
     m_event = ZkXmlParser::END_TAG;
     ZkName prefix;
@@ -799,6 +840,9 @@ void XmlScanner::scanEndTag() {
         m_held = PEEK_NONE; // the name read before an implied end
         prefix = m_heldPrefix;
         local = m_heldLocal;
+    } else if (!html && closesInPlace()) {
+        prefix = m_open.back().prefix;
+        local = m_open.back().local;
     } else {
         if (isSpace(peekChar()))
             report(kErrorUnexpectedWhitespace, UnicodeString(u"</"), UnicodeString());
