@@ -220,13 +220,31 @@ int XmlScanner::classify() {
 bool XmlScanner::skipWhitespace() {
     bool skipped = false;
     InputState& in = m_in;
-    if (in.pos >= in.rawLimit) {
+    if (in.pos >= in.rawLimit && !m_recording) {
+        // Spaces, tabs and line feeds in place, counted as the reader counts them.
+        const char16_t* b = in.chars.get();
+        int32_t p = in.pos;
+        int32_t lineStart = -1;
+        for (; p < in.end; ++p) {
+            char16_t c = b[p];
+            if (c == ' ' || c == '\t')
+                continue;
+            if (c != '\n')
+                break;
+            ++in.line;
+            lineStart = p + 1;
+        }
+        in.column = lineStart >= 0 ? p - lineStart : in.column + (p - in.pos);
+        skipped = p > in.pos;
+        in.pos = p;
+        if (p < in.end && b[p] > ' ')
+            return skipped;
+    } else if (in.pos >= in.rawLimit) {
         const char16_t* b = in.chars.get();
         int32_t p = in.pos;
         while (p < in.end && b[p] == ' ')
             ++p;
-        if (m_recording)
-            appendText(b + in.pos, p - in.pos);
+        appendText(b + in.pos, p - in.pos);
         if (p < in.end && b[p] > ' ') {
             skipped = p > in.pos;
             in.column += p - in.pos;

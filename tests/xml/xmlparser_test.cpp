@@ -553,3 +553,22 @@ TEST(XmlParser, TheFirstDuplicateAttributeIsTheOneReported) {
             EXPECT_EQ(0u, got.find("error 136: Duplicate attribute: " + first + "\n")) << tag;
     }
 }
+
+TEST(XmlParser, PositionsAfterWhiteSpaceInTags) {
+    // Reports made after line feeds, tabs and carriage returns inside tags point where the
+    // reader stands.
+    // clang-format off
+    const char* cases[][2] = {
+        {"<a\n\tb='1'\n  c='2'\n  b='3'/>", "error 136: Duplicate attribute: b\nSTART_TAG, Line 4, Col 9."},
+        {"<a\r\n b='1'\t\tb='2'/>", "error 136: Duplicate attribute: b\nSTART_TAG, Line 2, Col 15."},
+        {"<r><a\n\n   x='1'   \n></a\n>\n<b \n y='2' y='3'/></r>", "error 136: Duplicate attribute: y\nSTART_TAG, Line 7, Col 14."},
+        {"<a b='1'\n\n c='2'\n d", "error 138: "},
+    };
+    // clang-format on
+    for (const auto& row : cases) {
+        std::istringstream in;
+        ZkPtr<ZkXmlParser> parser = open(in, row[0]);
+        std::string got = outcome(*parser);
+        EXPECT_EQ(0u, got.find(row[1])) << row[0] << "\n" << got;
+    }
+}
