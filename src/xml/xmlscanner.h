@@ -298,6 +298,9 @@ public:
     // ---- events (xmlevents.cpp)
     int nextToken();
     int next();
+    /// The one character a replacement text gives when read back, where that needs no
+    /// scanning; -1 for any other text.
+    static UChar32 plainReplacement(const UnicodeString& text);
     void startDocument();
     void endDocument();
     void dispatch(int kind);

@@ -572,3 +572,23 @@ TEST(XmlParser, PositionsAfterWhiteSpaceInTags) {
         EXPECT_EQ(0u, got.find(row[1])) << row[0] << "\n" << got;
     }
 }
+
+TEST(XmlParser, OneCharacterReferencesMergeIntoText) {
+    // clang-format off
+    const char* cases[][2] = {
+        {"<r>a&amp;b&lt;c&gt;d&apos;e&quot;f</r>", "START_TAG:r TEXT:a&b<c>d'e\"f END_TAG:r"},
+        {"<r><s>&amp;&amp;</s>&#38;&lt;</r>", "START_TAG:r START_TAG:s TEXT:&& END_TAG:s TEXT:&< END_TAG:r"},
+        {"<!DOCTYPE r [<!ENTITY e 'x'><!ENTITY f ']'><!ENTITY g '&amp;'>]><r>&e;&f;&g;</r>", "START_TAG:r TEXT:x]& END_TAG:r"},
+        {"<!DOCTYPE r [<!ENTITY f ']'>]><r>]&f;></r>", "START_TAG:r TEXT:]]> END_TAG:r"},
+        {"<r/>&gt;", "error 142: "},
+    };
+    // clang-format on
+    for (const auto& row : cases) {
+        std::istringstream in;
+        ZkPtr<ZkXmlParser> parser = open(in, row[0]);
+        std::string got = outcome(*parser);
+        EXPECT_EQ(0u, got.find(row[1])) << row[0] << "\n" << got;
+    }
+    EXPECT_EQ("START_TAG:r TEXT:a ENTITY_REF:&#38; ENTITY_REF:> END_TAG:r",
+              events("<r>a&amp;&gt;</r>", /*tokens=*/true));
+}
