@@ -61,16 +61,29 @@ int32_t decodeUtf8(const uint8_t* source, int32_t length, bool atEnd, char16_t* 
 #if defined(__SSE2__)
             // Sixteen bytes at a time while they are all ASCII, widened with zeros.
             const __m128i zero = _mm_setzero_si128();
+            // A block with a byte above U+007F is widened whole all the same (there is room
+            // for sixteen units) and kept up to that byte, which the forms below take next.
+            bool stopped = false;
             while (limit - in >= 16) {
                 __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + in));
-                if (_mm_movemask_epi8(v))
-                    break;
+                int high = _mm_movemask_epi8(v);
                 _mm_storeu_si128(reinterpret_cast<__m128i*>(target + out),
                                  _mm_unpacklo_epi8(v, zero));
                 _mm_storeu_si128(reinterpret_cast<__m128i*>(target + out + 8),
                                  _mm_unpackhi_epi8(v, zero));
+                if (high) {
+                    int ascii = __builtin_ctz(unsigned(high));
+                    in += ascii;
+                    out += ascii;
+                    stopped = true;
+                    break;
+                }
                 in += 16;
                 out += 16;
+            }
+            if (stopped) {
+                chars += in - start;
+                continue;
             }
 #endif
             // Eight bytes at a time while they are all ASCII.

@@ -3,6 +3,9 @@
 #include "xml/xmlscanner.h"
 #include "zkcommon/core/char.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace ZkCommonNS {
 namespace detail {
 
@@ -38,10 +41,26 @@ unsigned short fatalTwin(unsigned short code) {
 }
 } // namespace
 
+UChar32 XmlScanner::plainReplacement(const UnicodeString& text) {
+    if (text.length() == 1) {
+        char16_t c = text[0];
+        return c >= 0x20 && c < 0xD800 && c != '&' && c != '<' && c != ']' ? c : -1;
+    }
+    if (text.length() == 5 && text[0] == '&' && text[1] == '#' && text[4] == ';' &&
+        text[2] == '3' && text[3] == '8')
+        return '&';
+    if (text.length() == 5 && text[0] == '&' && text[1] == '#' && text[4] == ';' &&
+        text[2] == '6' && text[3] == '0')
+        return '<';
+    return -1;
+}
+
 XmlScanner::XmlScanner(ZkXmlParserImpl& owner, const ZkUri::ContentInfo* info)
     : m_owner(owner), m_parserType(ZKN_auto), m_defaultType(ZKN_html) {
     if (info)
         m_info = std::make_unique<ZkUri::ContentInfo>(info);
+    for (auto& row : m_attributeSlots)
+        std::fill(std::begin(row), std::end(row), -1);
     reset();
 }
 
@@ -286,6 +305,18 @@ int XmlScanner::next() {
                         report(kErrorLoopedEntity, m_entityName.toString(), UnicodeString());
                         break;
                     }
+                }
+                // Inside an element, a text of one character that is data as it stands, or
+                // the character reference the predefined "amp" and "lt" stand for, gives its
+                // character at once: read back, it would give that character and nothing
+                // else. Text at the top or right in an HTML root has rules of its own.
+                UChar32 single =
+                    int(m_open.size()) > m_in.baseDepth && !(m_open.size() == 1 && isHtml())
+                        ? plainReplacement(*found)
+                        : -1;
+                if (single >= 0) {
+                    appendChar(single);
+                    break;
                 }
                 static const char16_t kEndMark = kExpansionEnd;
                 pushBackText(&kEndMark, 1);

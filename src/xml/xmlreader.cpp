@@ -101,6 +101,7 @@ void XmlScanner::reset() {
     m_open.clear();
     m_bindings.clear();
     m_prefixTop.clear();
+    ++m_bindingsGeneration;
     m_text.remove();
     m_mark = 0;
     m_cachedText.remove();

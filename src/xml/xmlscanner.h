@@ -10,6 +10,7 @@
 #include "zkcommon/xml/xmlparser.h"
 
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <istream>
 #include <memory>
@@ -41,12 +42,6 @@ enum AsciiClass : uint16_t {
     kStopRawText = 1024 ///< "<" alone: the text of `script` and `style` in HTML
 };
 extern const uint16_t kAsciiClass[128];
-
-/// The FNV-1a step used for the hashes of names.
-inline uint32_t hashStep(uint32_t hash, char16_t unit) {
-    return (hash ^ unit) * 16777619u;
-}
-constexpr uint32_t kHashSeed = 2166136261u;
 
 /// The qualified name as text.
 UnicodeString qualifiedName(ZkName prefix, ZkName local);
@@ -156,6 +151,9 @@ struct OpenElement {
     ZkName local;
     ZkName ns;
     int32_t bindingStart; ///< first namespace binding made by this element
+    /// Name cache slots of the names as the start tag gave them, for the end tag; -1 unknown.
+    int32_t prefixSlot = -1;
+    int32_t localSlot = -1;
     bool counted = false; ///< counted in XmlScanner::m_openCounts (HTML)
 };
 
@@ -168,20 +166,89 @@ struct NsBinding {
 /// Interns names read from the buffer without building a string for names seen before.
 class NameCache {
 public:
-    ZkName intern(const char16_t* text, int32_t length);
-    /// `hash` is the FNV-1a hash of the text by hashStep.
-    ZkName intern(const char16_t* text, int32_t length, uint32_t hash);
+    /// A name seen before costs two loads of its ends, one slot probe and a compare, with no
+    /// call out of line.
+    ZkName intern(const char16_t* text, int32_t length) {
+        if (length > 0 && length <= kMaxLength && m_slots) {
+            uint64_t head;
+            uint64_t tail;
+            ends(text, length, head, tail);
+            size_t index = slotOf(head, tail);
+            const Slot& slot = m_slots[index];
+            if (slot.head == head && slot.tail == tail && slot.length == length &&
+                (length <= 8 || sameMiddle(slot.text, text, length))) {
+                m_lastSlot = int32_t(index);
+                return ZkName(slot.name);
+            }
+        }
+        return internSlow(text, length);
+    }
+    /// The slot of the name the last intern gave, -1 when it is not kept.
+    int32_t lastSlot() const { return m_lastSlot; }
+    /// The length of the name in slot `index` when the `available` units at `text` begin
+    /// with it, else 0. What follows the name is the caller's to check.
+    int32_t matchSlot(int32_t index, const char16_t* text, int32_t available) const {
+        const Slot& slot = m_slots[size_t(index)];
+        int32_t length = slot.length;
+        if (!slot.plain || length > available)
+            return 0;
+        uint64_t head;
+        uint64_t tail;
+        ends(text, length, head, tail);
+        return slot.head == head && slot.tail == tail &&
+                       (length <= 8 || sameMiddle(slot.text, text, length))
+                   ? length
+                   : 0;
+    }
+    ZkName slotName(int32_t index) const { return ZkName(m_slots[size_t(index)].name); }
 
 private:
-    static constexpr int kSlots = 1024;
+    static constexpr int kSlotBits = 10;
     static constexpr int kMaxLength = 32;
     struct Slot {
-        uint32_t hash = 0;
+        uint64_t head = 0;
+        uint64_t tail = 0;
         int32_t length = -1;
         ZkNameEnum name = ZKN_EMPTY;
+        bool plain = false; ///< a name of ASCII name characters, which matchSlot may find
         char16_t text[kMaxLength];
     };
+    /// The first and the last four units of a name of 1 to kMaxLength units, overlapping
+    /// when it is shorter than eight; a name under four units fills both alike. A name of up
+    /// to eight units is all in them.
+    static void ends(const char16_t* text, int32_t length, uint64_t& head, uint64_t& tail) {
+        if (length >= 4) {
+            memcpy(&head, text, 8);
+            memcpy(&tail, text + length - 4, 8);
+            return;
+        }
+        head = text[0];
+        if (length > 1)
+            head |= uint64_t(text[1]) << 16;
+        if (length > 2)
+            head |= uint64_t(text[2]) << 32;
+        tail = head;
+    }
+    static size_t slotOf(uint64_t head, uint64_t tail) {
+        return size_t((head * 0x9E3779B97F4A7C15ull ^ tail * 0xC2B2AE3D27D4EB4Full) >>
+                      (64 - kSlotBits));
+    }
+    /// Equal units between the ends of two names of `length` units, 9 to kMaxLength, four at
+    /// a time; the last four may run into the tail, which is equal already.
+    static bool sameMiddle(const char16_t* a, const char16_t* b, int32_t length) {
+        for (int32_t i = 4; i < length - 4; i += 4) {
+            uint64_t x;
+            uint64_t y;
+            memcpy(&x, a + i, 8);
+            memcpy(&y, b + i, 8);
+            if (x != y)
+                return false;
+        }
+        return true;
+    }
+    ZkName internSlow(const char16_t* text, int32_t length);
     std::unique_ptr<Slot[]> m_slots;
+    int32_t m_lastSlot = -1;
 };
 
 class XmlScanner {
@@ -231,6 +298,9 @@ public:
     // ---- events (xmlevents.cpp)
     int nextToken();
     int next();
+    /// The one character a replacement text gives when read back, where that needs no
+    /// scanning; -1 for any other text.
+    static UChar32 plainReplacement(const UnicodeString& text);
     void startDocument();
     void endDocument();
     void dispatch(int kind);
@@ -297,18 +367,53 @@ public:
         return -1;
     }
     UChar32 peekChar();
+    /// Whether the unread unit is a line end or tab that can stay in place for the text scan:
+    /// reading it first would only push it back, and the text would go the slow way.
+    bool startsLineText() const {
+        const InputState& in = m_in;
+        if (in.pos < in.end && in.pos >= in.rawLimit && !m_recording) {
+            char16_t c = in.chars[in.pos];
+            return c == 0x0A || c == 0x09 || c == 0x0D;
+        }
+        return false;
+    }
     /// Reads a name; with `fold`, ASCII capitals are folded to lower case.
     ZkName readName(bool fold = false);
     ZkName readNameSlow(bool fold);
+    /// Interns the names of prefix:local, `length` units at `text` with the local part at
+    /// `localStart` (0 without a prefix).
+    void internQName(const char16_t* text, int32_t localStart, int32_t length, ZkName& prefix,
+                     ZkName& local);
     /// Reads prefix:local; false with nothing read.
     bool readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal, bool fold = false);
     /// True when white space was skipped.
     bool skipWhitespace();
     void scanStartTag();
     void scanAttributes();
+    /// The common shape name="value" or prefix:name="value" in place: reads the names, "="
+    /// and the quote, and returns the quote; 0 with nothing read when anything else stands
+    /// there or the input needs the slow reader.
+    char16_t readAttributeHead(ZkName& prefix, ZkName& local, int32_t* predicted);
+    /// Any other attribute, step by step with every report; false when none was kept.
+    bool scanAttributeSlow(UChar32 c, bool html, ZkName& prefix, ZkName& local);
+    /// The record of the next attribute, cleared, with its names.
+    Attribute& newAttribute(ZkName prefix, ZkName local) {
+        if (m_attributeCount == int(m_attributes.size()))
+            m_attributes.emplace_back();
+        Attribute& attribute = m_attributes[size_t(m_attributeCount)];
+        attribute.prefix = prefix;
+        attribute.local = local;
+        attribute.ns = ZkName();
+        attribute.value.remove();
+        attribute.viewStart = -1;
+        return attribute;
+    }
     void scanTagEnd();
     void finishStartTag();
     void scanEndTag();
+    /// The end tag names the open element in the text its start tag had, in place: reads
+    /// the name and returns true; false with nothing read otherwise.
+    bool closesInPlace();
     void closeElement();
     UnicodeString openQName() const;
     /// The value of an attribute of the current start tag.
@@ -445,11 +550,26 @@ public:
     int m_eventColumn = -1;
     std::vector<Attribute> m_attributes;
     int m_attributeCount = 0;
+    /// Name cache slots of the last qualified name read in place; -1 when unknown.
+    int32_t m_qnamePrefixSlot = -1;
+    int32_t m_qnameLocalSlot = -1;
+    bool m_prefixedAttributes = false; ///< some attribute of the start tag has a prefix
+    /// Name cache slots of the unprefixed attribute names last read at each position of a
+    /// start tag, by a hash of the element's local name: tags of a kind repeat their
+    /// attributes in order, and a name found there is taken with one compare. -1 for none.
+    static constexpr int kPredictedAttributes = 16;
+    static constexpr int kPredictedKindBits = 3;
+    int32_t m_attributeSlots[1 << kPredictedKindBits][kPredictedAttributes];
     bool m_valuesInBuffer = false;         ///< some attribute values are views into the read buffer
     std::vector<uint64_t> m_attributeKeys; ///< open addressing, for many attributes
     std::vector<OpenElement> m_open;
     std::vector<NsBinding> m_bindings;
     std::unordered_map<int32_t, int32_t> m_prefixTop; ///< prefix -> innermost binding
+    uint64_t m_bindingsGeneration = 0;                ///< changes whenever m_prefixTop does
+    /// The last prefix resolvePrefix looked up, and its answer in that generation.
+    mutable ZkName m_resolvedPrefix;
+    mutable ZkName m_resolvedUri;
+    mutable uint64_t m_resolvedGeneration = ~uint64_t(0);
     ZkName m_elementPrefix;
     ZkName m_elementName;
     ZkName m_elementNs;

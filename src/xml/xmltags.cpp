@@ -64,6 +64,53 @@ constexpr uint16_t classOf(int c) {
                     (c == '?' ? kStopPI : 0) | (c < 0x20 ? kControl : 0) |
                     (c == '"' ? kQuoteDouble : 0) | (c == '\'' ? kQuoteSingle : 0));
 }
+
+/// The end of the run of ASCII name characters (letters, digits, "_", "-" and ".") that
+/// starts at `p`, below `e`: where a name read in place stops, on ":", "=", space, markup or
+/// a unit that needs the full test.
+inline int32_t skipNameChars(const char16_t* b, int32_t p, int32_t e) {
+#if defined(__SSE2__)
+    // Eight units at a time: each class is one range, tested as an unsigned "x - low <=
+    // width" by a saturating subtraction; units above U+007F fall outside every range.
+    const __m128i zero = _mm_setzero_si128();
+    while (e - p >= 8) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + p));
+        __m128i folded = _mm_or_si128(v, _mm_set1_epi16(0x20));
+        __m128i letter = _mm_cmpeq_epi16(
+            _mm_subs_epu16(_mm_sub_epi16(folded, _mm_set1_epi16('a')), _mm_set1_epi16(25)), zero);
+        __m128i digit = _mm_cmpeq_epi16(
+            _mm_subs_epu16(_mm_sub_epi16(v, _mm_set1_epi16('0')), _mm_set1_epi16(9)), zero);
+        __m128i dashDot = _mm_cmpeq_epi16(
+            _mm_subs_epu16(_mm_sub_epi16(v, _mm_set1_epi16('-')), _mm_set1_epi16(1)), zero);
+        __m128i underscore = _mm_cmpeq_epi16(v, _mm_set1_epi16('_'));
+        __m128i name = _mm_or_si128(_mm_or_si128(letter, digit), _mm_or_si128(dashDot, underscore));
+        int stops = _mm_movemask_epi8(name) ^ 0xFFFF;
+        if (stops)
+            return p + (__builtin_ctz(unsigned(stops)) >> 1);
+        p += 8;
+    }
+#endif
+    while (p < e && b[p] < 0x80 && (kAsciiClass[b[p]] & kNameChar))
+        ++p;
+    return p;
+}
+
+/// The end of prefix:local or local at `p` when it lies whole in [p, e) in plain ASCII name
+/// characters, with `localStart` where the local part begins; -1 when it does not, or when
+/// a colon has no name after it (the slow reader reports that).
+inline int32_t scanQName(const char16_t* b, int32_t p, int32_t e, int32_t& localStart) {
+    if (p >= e || b[p] >= 0x80 || !(kAsciiClass[b[p]] & kNameStart))
+        return -1;
+    localStart = p;
+    int32_t q = skipNameChars(b, p + 1, e);
+    if (q < e && b[q] == ':') {
+        localStart = ++q;
+        if (q >= e || b[q] >= 0x80 || !(kAsciiClass[b[q]] & kNameStart))
+            return -1;
+        q = skipNameChars(b, q + 1, e);
+    }
+    return q;
+}
 } // namespace
 
 // clang-format off
@@ -81,42 +128,27 @@ UnicodeString qualifiedName(ZkName prefix, ZkName local) {
     return ZkXmlUtil::makeQNameStr(prefix.toString(), local.toString());
 }
 
-ZkName NameCache::intern(const char16_t* text, int32_t length) {
+ZkName NameCache::internSlow(const char16_t* text, int32_t length) {
+    m_lastSlot = -1;
     if (length == 0)
         return ZkName();
-    uint32_t hash = uint32_t(length) * 0x9E3779B1u;
-    hash = hashStep(hash, text[0]);
-    hash = hashStep(hash, text[length - 1]);
-    hash = hashStep(hash, text[length >> 1]);
-    return intern(text, length, hash);
-}
-
-ZkName NameCache::intern(const char16_t* text, int32_t length, uint32_t hash) {
     if (length > kMaxLength)
         return ZkName(UnicodeString(text, length));
     if (!m_slots)
-        m_slots.reset(new Slot[kSlots]);
-    Slot& slot = m_slots[(hash ^ (hash >> 16)) & (kSlots - 1)];
-    if (slot.hash == hash && slot.length == length) {
-        // Four units at a time, then the rest.
-        int32_t i = 0;
-        for (; i + 4 <= length; i += 4) {
-            uint64_t a;
-            uint64_t b;
-            memcpy(&a, slot.text + i, 8);
-            memcpy(&b, text + i, 8);
-            if (a != b)
-                break;
-        }
-        while (i < length && slot.text[i] == text[i])
-            ++i;
-        if (i == length)
-            return slot.name;
-    }
+        m_slots.reset(new Slot[size_t(1) << kSlotBits]);
     ZkName name(UnicodeString(text, length));
-    slot.hash = hash;
+    uint64_t head;
+    uint64_t tail;
+    ends(text, length, head, tail);
+    size_t index = slotOf(head, tail);
+    m_lastSlot = int32_t(index);
+    Slot& slot = m_slots[index];
+    slot.head = head;
+    slot.tail = tail;
     slot.length = length;
     slot.name = name.getEnum();
+    slot.plain = text[0] < 0x80 && (kAsciiClass[text[0]] & kNameStart) &&
+                 skipNameChars(text, 1, length) == length;
     memcpy(slot.text, text, size_t(length) * 2);
     return name;
 }
@@ -139,7 +171,7 @@ int XmlScanner::classify() {
     int unit = peekUnit();
     if (m_in.parserType == ZKN_text) {
         kind = peekChar() == kEof && m_in.atEnd ? PEEK_EOF : PEEK_TEXT;
-    } else if (unit >= 0 && unit != '<' && unit != '&') {
+    } else if (unit >= 0 ? unit != '<' && unit != '&' : startsLineText()) {
         kind = PEEK_TEXT; // the common case, read in place
     } else {
         UChar32 c = readChar();
@@ -188,13 +220,31 @@ int XmlScanner::classify() {
 bool XmlScanner::skipWhitespace() {
     bool skipped = false;
     InputState& in = m_in;
-    if (in.pos >= in.rawLimit) {
+    if (in.pos >= in.rawLimit && !m_recording) {
+        // Spaces, tabs and line feeds in place, counted as the reader counts them.
+        const char16_t* b = in.chars.get();
+        int32_t p = in.pos;
+        int32_t lineStart = -1;
+        for (; p < in.end; ++p) {
+            char16_t c = b[p];
+            if (c == ' ' || c == '\t')
+                continue;
+            if (c != '\n')
+                break;
+            ++in.line;
+            lineStart = p + 1;
+        }
+        in.column = lineStart >= 0 ? p - lineStart : in.column + (p - in.pos);
+        skipped = p > in.pos;
+        in.pos = p;
+        if (p < in.end && b[p] > ' ')
+            return skipped;
+    } else if (in.pos >= in.rawLimit) {
         const char16_t* b = in.chars.get();
         int32_t p = in.pos;
         while (p < in.end && b[p] == ' ')
             ++p;
-        if (m_recording)
-            appendText(b + in.pos, p - in.pos);
+        appendText(b + in.pos, p - in.pos);
         if (p < in.end && b[p] > ' ') {
             skipped = p > in.pos;
             in.column += p - in.pos;
@@ -231,10 +281,8 @@ ZkName XmlScanner::readName(bool fold) {
         int32_t p = in.pos;
         char16_t c = b[p];
         if (c < 0x80 && (kAsciiClass[c] & kNameStart)) {
-            int32_t q = p + 1;
             int32_t e = in.end;
-            while (q < e && b[q] < 0x80 && (kAsciiClass[b[q]] & kNameChar))
-                ++q;
+            int32_t q = skipNameChars(b, p + 1, e);
             if (q < e && b[q] < 0x80) {
                 if (m_recording)
                     appendText(b + p, q - p);
@@ -258,13 +306,7 @@ ZkName XmlScanner::readName(bool fold) {
                         text = lowered;
                     }
                 }
-                // The cache compares the whole text; its slot needs only a cheap hash of the
-                // length and the ends.
-                uint32_t hash = uint32_t(length) * 0x9E3779B1u;
-                hash = hashStep(hash, text[0]);
-                hash = hashStep(hash, text[length - 1]);
-                hash = hashStep(hash, text[length >> 1]);
-                return m_names.intern(text, length, hash);
+                return m_names.intern(text, length);
             }
         }
     }
@@ -292,9 +334,36 @@ ZkName XmlScanner::readNameSlow(bool fold) {
     return m_names.intern(m_scratch.getBuffer(), m_scratch.length());
 }
 
+void XmlScanner::internQName(const char16_t* text, int32_t localStart, int32_t length,
+                             ZkName& prefix, ZkName& local) {
+    m_qnamePrefixSlot = -1;
+    if (localStart > 0) {
+        prefix = m_names.intern(text, localStart - 1);
+        m_qnamePrefixSlot = m_names.lastSlot();
+    }
+    const char16_t* localText = text + localStart;
+    int32_t localLength = length - localStart;
+    local = m_names.intern(localText, localLength);
+    m_qnameLocalSlot = m_names.lastSlot();
+}
+
 bool XmlScanner::readQName(ZkName& prefix, ZkName& local, bool& colonWithoutLocal, bool fold) {
     colonWithoutLocal = false;
     prefix = ZkName();
+    InputState& in = m_in;
+    if (!fold && !m_recording && in.pos >= in.rawLimit) {
+        // The whole name in place, ended by an ASCII unit: both parts at once.
+        const char16_t* b = in.chars.get();
+        int32_t localStart;
+        int32_t end = scanQName(b, in.pos, in.end, localStart);
+        if (end >= 0 && end < in.end && b[end] < 0x80) {
+            internQName(b + in.pos, localStart - in.pos, end - in.pos, prefix, local);
+            in.column += end - in.pos;
+            in.pos = end;
+            return true;
+        }
+    }
+    m_qnamePrefixSlot = m_qnameLocalSlot = -1;
     local = readName(fold);
     if (local.isEmpty())
         return false;
@@ -322,6 +391,8 @@ void XmlScanner::scanStartTag() {
     bool colonOnly = false;
     // Once HTML is settled the names are folded as they are read.
     bool folded = m_settledType == ZKN_html;
+    int32_t prefixSlot = -1;
+    int32_t localSlot = -1;
     if (m_held == PEEK_START_TAG) {
         m_held = PEEK_NONE; // the name read before an implied event
         prefix = m_heldPrefix;
@@ -335,6 +406,8 @@ void XmlScanner::scanStartTag() {
             if (local.isEmpty())
                 local = prefix;
         }
+        prefixSlot = m_qnamePrefixSlot;
+        localSlot = m_qnameLocalSlot;
     }
     if (m_firstElement.isEmpty()) {
         m_firstElement = local;
@@ -353,6 +426,8 @@ void XmlScanner::scanStartTag() {
     element.prefix = prefix;
     element.local = local;
     element.bindingStart = int32_t(m_bindings.size());
+    element.prefixSlot = prefixSlot;
+    element.localSlot = localSlot;
     m_open.push_back(element);
     scanAttributes();
     scanTagEnd();
@@ -365,104 +440,48 @@ UnicodeString XmlScanner::openQName() const {
 }
 
 void XmlScanner::scanAttributes() {
+    uint32_t kind =
+        (uint32_t(m_open.back().local.getEnum()) * 0x9E3779B1u) >> (32 - kPredictedKindBits);
+    int32_t* predicted = m_attributeSlots[kind];
+    m_prefixedAttributes = false;
     for (;;) {
-        bool spaced = skipWhitespace();
-        int unit = peekUnit();
-        UChar32 c = unit >= 0 ? unit : peekChar();
-        if (c == '>' || c == '/')
-            return;
-        if (c == kEof) {
-            report(kErrorUnclosedTag, openQName(), UnicodeString());
-            return;
-        }
         bool html = isHtml();
-        if (!spaced && !html)
-            return; // the tag end reports what stands here
         ZkName prefix;
         ZkName local;
-        bool colonOnly = false;
-        bool dropped = false;
-        if (!readQName(prefix, local, colonOnly, html)) {
-            if (html && c != '"' && c != '\'' && c != '=') {
-                // Junk that cannot begin a name is a name all the same, to the next space.
-                UnicodeString junk;
-                for (;;) {
-                    c = readChar();
-                    if (c == kEof || isSpace(c) || c == '>' || c == '/' || c == '"' || c == '\'' ||
-                        c == '=') {
-                        pushBack(c);
-                        break;
-                    }
-                    junk.append(c);
-                }
-                if (junk.isEmpty()) {
-                    report(kErrorHtmlCharacter, charText(readChar()), UnicodeString());
-                    continue;
-                }
-                // Read as a name, but kept only when it is one: the element must save as XML.
-                dropped = !isNCName(junk);
-                if (dropped)
-                    report(kErrorHtmlCharacter, junk, UnicodeString());
-                else
-                    local = ZkName(junk.toLower());
-            } else {
-                c = readChar();
-                report(html ? kErrorHtmlCharacter : kErrorUnexpectedCharacter, charText(c),
-                       UnicodeString());
+        char16_t quote = 0;
+        InputState& in = m_in;
+        if (!html && in.pos >= in.rawLimit && in.end - in.pos > 1 && in.chars[in.pos] == ' ' &&
+            in.chars[in.pos + 1] < 0x80 && (kAsciiClass[in.chars[in.pos + 1]] & kNameStart) &&
+            !m_recording) {
+            // One space and a name: what skipWhitespace would do, then the common shape.
+            ++in.pos;
+            ++in.column;
+            quote = readAttributeHead(prefix, local, predicted);
+            if (quote == 0 && !scanAttributeSlow(in.chars[in.pos], html, prefix, local))
                 continue;
-            }
-        }
-        if (colonOnly)
-            report(kErrorAttributeName, prefix.toString() + u":", UnicodeString());
-        // The common shape name="value" is taken in place; anything else goes step by step.
-        if ((unit = peekUnit()) == '=') {
-            ++m_in.pos;
-            ++m_in.column;
-            c = '=';
         } else {
-            skipWhitespace();
-            // HTML looks before it reads, so that what follows stays in place.
-            c = html ? peekChar() : readChar();
-            if (html && c == '=')
-                readChar();
+            bool spaced = skipWhitespace();
+            int unit = peekUnit();
+            UChar32 c = unit >= 0 ? unit : peekChar();
+            if (c == '>' || c == '/')
+                return;
+            if (c == kEof) {
+                report(kErrorUnclosedTag, openQName(), UnicodeString());
+                return;
+            }
+            html = isHtml();
+            if (!spaced && !html)
+                return; // the tag end reports what stands here
+            quote = html ? 0 : readAttributeHead(prefix, local, predicted);
+            if (quote == 0 && !scanAttributeSlow(c, html, prefix, local))
+                continue;
         }
-        if (m_attributeCount == int(m_attributes.size()))
-            m_attributes.emplace_back();
+        if (quote != 0)
+            readValue(quote, newAttribute(prefix, local));
         Attribute& attribute = m_attributes[size_t(m_attributeCount)];
-        attribute.prefix = prefix;
-        attribute.local = local;
-        attribute.ns = ZkName();
-        attribute.value.remove();
-        attribute.viewStart = -1;
-        if (c != '=') {
-            if (!html) { // HTML: an attribute without "=" has an empty value
-                pushBack(c);
-                report(kErrorMissingEquals, UnicodeString(), UnicodeString());
-            }
-        } else {
-            int quote = peekUnit();
-            if (quote == '"' || quote == '\'') {
-                ++m_in.pos;
-                ++m_in.column;
-                c = quote;
-            } else {
-                skipWhitespace();
-                c = html ? peekChar() : readChar();
-                if (html && (c == '"' || c == '\''))
-                    readChar();
-            }
-            if (c == '"' || c == '\'') {
-                readValue(char16_t(c), attribute);
-            } else if (html) {
-                readUnquotedValue(attribute.value);
-            } else {
-                pushBack(c);
-                report(kErrorMissingQuote, UnicodeString(), UnicodeString());
-            }
-        }
-        if (dropped)
-            continue;
         ++m_attributeCount;
+        if (!prefix.isEmpty())
+            m_prefixedAttributes = true;
         if (prefix == ZKN_xmlns) {
             declareNamespace(local, ZkName(attributeValue(attribute)));
             attribute.ns = ZKN_NS_XMLNS;
@@ -477,6 +496,114 @@ void XmlScanner::scanAttributes() {
                 m_settledType = ZKN_xhtml;
         }
     }
+}
+
+char16_t XmlScanner::readAttributeHead(ZkName& prefix, ZkName& local, int32_t* predicted) {
+    InputState& in = m_in;
+    if (in.pos < in.rawLimit || m_recording)
+        return 0;
+    const char16_t* b = in.chars.get();
+    int32_t position = m_attributeCount < kPredictedAttributes ? m_attributeCount : -1;
+    int32_t guess = position >= 0 ? predicted[position] : -1;
+    if (guess >= 0) {
+        // The name read here in the last tag, when "=" and a quote follow it: any name would
+        // end before "=", so this is the name the full reading would find.
+        int32_t length = m_names.matchSlot(guess, b + in.pos, in.end - in.pos - 2);
+        int32_t p = in.pos + length;
+        if (length > 0 && b[p] == '=' && (b[p + 1] == '"' || b[p + 1] == '\'')) {
+            local = m_names.slotName(guess);
+            in.column += length + 2;
+            in.pos = p + 2;
+            return b[p + 1];
+        }
+    }
+    int32_t localStart;
+    int32_t p = scanQName(b, in.pos, in.end, localStart);
+    if (p < 0 || in.end - p < 2 || b[p] != '=' || (b[p + 1] != '"' && b[p + 1] != '\''))
+        return 0;
+    internQName(b + in.pos, localStart - in.pos, p - in.pos, prefix, local);
+    if (position >= 0 && localStart == in.pos)
+        predicted[position] = m_names.lastSlot();
+    in.column += p + 2 - in.pos;
+    in.pos = p + 2;
+    return b[p + 1];
+}
+
+bool XmlScanner::scanAttributeSlow(UChar32 c, bool html, ZkName& prefix, ZkName& local) {
+    bool colonOnly = false;
+    bool dropped = false;
+    if (!readQName(prefix, local, colonOnly, html)) {
+        if (html && c != '"' && c != '\'' && c != '=') {
+            // Junk that cannot begin a name is a name all the same, to the next space.
+            UnicodeString junk;
+            for (;;) {
+                c = readChar();
+                if (c == kEof || isSpace(c) || c == '>' || c == '/' || c == '"' || c == '\'' ||
+                    c == '=') {
+                    pushBack(c);
+                    break;
+                }
+                junk.append(c);
+            }
+            if (junk.isEmpty()) {
+                report(kErrorHtmlCharacter, charText(readChar()), UnicodeString());
+                return false;
+            }
+            // Read as a name, but kept only when it is one: the element must save as XML.
+            dropped = !isNCName(junk);
+            if (dropped)
+                report(kErrorHtmlCharacter, junk, UnicodeString());
+            else
+                local = ZkName(junk.toLower());
+        } else {
+            c = readChar();
+            report(html ? kErrorHtmlCharacter : kErrorUnexpectedCharacter, charText(c),
+                   UnicodeString());
+            return false;
+        }
+    }
+    if (colonOnly)
+        report(kErrorAttributeName, prefix.toString() + u":", UnicodeString());
+    // The common shape name="value" is taken in place; anything else goes step by step.
+    if (peekUnit() == '=') {
+        ++m_in.pos;
+        ++m_in.column;
+        c = '=';
+    } else {
+        skipWhitespace();
+        // HTML looks before it reads, so that what follows stays in place.
+        c = html ? peekChar() : readChar();
+        if (html && c == '=')
+            readChar();
+    }
+    Attribute& attribute = newAttribute(prefix, local);
+    if (c != '=') {
+        if (!html) { // HTML: an attribute without "=" has an empty value
+            pushBack(c);
+            report(kErrorMissingEquals, UnicodeString(), UnicodeString());
+        }
+    } else {
+        int quote = peekUnit();
+        if (quote == '"' || quote == '\'') {
+            ++m_in.pos;
+            ++m_in.column;
+            c = quote;
+        } else {
+            skipWhitespace();
+            c = html ? peekChar() : readChar();
+            if (html && (c == '"' || c == '\''))
+                readChar();
+        }
+        if (c == '"' || c == '\'') {
+            readValue(char16_t(c), attribute);
+        } else if (html) {
+            readUnquotedValue(attribute.value);
+        } else {
+            pushBack(c);
+            report(kErrorMissingQuote, UnicodeString(), UnicodeString());
+        }
+    }
+    return !dropped;
 }
 
 void XmlScanner::scanTagEnd() {
@@ -582,7 +709,7 @@ void XmlScanner::finishStartTag() {
         enterMathScope();
     // Attribute namespaces, then duplicates by (local name, namespace).
     bool lax = m_features[ZkXmlParser::FEATURE_LAX_ATTRIBUTE_PREFIX] || isHtml();
-    for (int i = 0; i < m_attributeCount; ++i) {
+    for (int i = 0; m_prefixedAttributes && i < m_attributeCount; ++i) {
         Attribute& attribute = m_attributes[size_t(i)];
         if (attribute.prefix.isEmpty() || !attribute.ns.isEmpty())
             continue;
@@ -595,8 +722,20 @@ void XmlScanner::finishStartTag() {
         }
     }
     if (m_attributeCount <= kLinearDuplicateCheck) {
-        for (int i = 1; i < m_attributeCount; ++i) {
+        // One bit of 256 per (local name, namespace) pair: only an attribute whose bit an
+        // earlier one set is compared with the earlier ones.
+        uint64_t seen[4] = {0, 0, 0, 0};
+        for (int i = 0; i < m_attributeCount; ++i) {
             const Attribute& attribute = m_attributes[size_t(i)];
+            uint32_t mixed = (uint32_t(attribute.local.getEnum()) * 0x9E3779B1u +
+                              uint32_t(attribute.ns.getEnum())) *
+                             0x85EBCA6Bu;
+            uint64_t& word = seen[mixed >> 30];
+            uint64_t bit = uint64_t(1) << ((mixed >> 24) & 63);
+            bool maybe = (word & bit) != 0;
+            word |= bit;
+            if (!maybe)
+                continue;
             for (int j = 0; j < i; ++j) {
                 const Attribute& earlier = m_attributes[size_t(j)];
                 if (earlier.local == attribute.local && earlier.ns == attribute.ns)
@@ -632,6 +771,7 @@ void XmlScanner::declareNamespace(ZkName prefix, ZkName uri) {
         return; // an outer scope says the same
     auto found = m_prefixTop.find(prefix.getEnum());
     int32_t previous = found == m_prefixTop.end() ? -1 : found->second;
+    ++m_bindingsGeneration;
     m_prefixTop[prefix.getEnum()] = int32_t(m_bindings.size());
     m_bindings.push_back(NsBinding{prefix, uri, previous});
 }
@@ -641,8 +781,16 @@ ZkName XmlScanner::resolvePrefix(ZkName prefix) const {
         return ZKN_NS_XML;
     if (prefix == ZKN_xmlns)
         return ZKN_NS_XMLNS;
+    // Elements mostly repeat the prefix of the one before: its answer stands until a
+    // binding is made or dropped.
+    if (prefix == m_resolvedPrefix && m_resolvedGeneration == m_bindingsGeneration)
+        return m_resolvedUri;
     auto found = m_prefixTop.find(prefix.getEnum());
-    return found == m_prefixTop.end() ? ZkName() : m_bindings[size_t(found->second)].uri;
+    ZkName uri = found == m_prefixTop.end() ? ZkName() : m_bindings[size_t(found->second)].uri;
+    m_resolvedPrefix = prefix;
+    m_resolvedUri = uri;
+    m_resolvedGeneration = m_bindingsGeneration;
+    return uri;
 }
 
 void XmlScanner::closeElement() {
@@ -658,6 +806,8 @@ void XmlScanner::closeElement() {
             m_openCountsDynamic.erase(n);
     }
     int32_t start = element.bindingStart;
+    if (start < int32_t(m_bindings.size()))
+        ++m_bindingsGeneration;
     for (int32_t i = int32_t(m_bindings.size()) - 1; i >= start; --i) {
         const NsBinding& binding = m_bindings[size_t(i)];
         if (binding.previous < 0)
@@ -667,6 +817,35 @@ void XmlScanner::closeElement() {
     }
     m_bindings.resize(size_t(start));
     m_open.pop_back();
+}
+
+bool XmlScanner::closesInPlace() {
+    InputState& in = m_in;
+    if (m_open.empty() || int(m_open.size()) <= in.baseDepth || in.pos < in.rawLimit || m_recording)
+        return false;
+    const OpenElement& open = m_open.back();
+    const char16_t* b = in.chars.get();
+    int32_t p = in.pos;
+    int32_t e = in.end;
+    if (!open.prefix.isEmpty()) {
+        if (open.prefixSlot < 0 || m_names.slotName(open.prefixSlot) != open.prefix)
+            return false;
+        int32_t length = m_names.matchSlot(open.prefixSlot, b + p, e - p);
+        if (length == 0 || p + length >= e || b[p + length] != ':')
+            return false;
+        p += length + 1;
+    }
+    if (open.localSlot < 0 || m_names.slotName(open.localSlot) != open.local)
+        return false;
+    int32_t length = m_names.matchSlot(open.localSlot, b + p, e - p);
+    // The name must end there: ">" or white space after it.
+    if (length == 0 || p + length >= e ||
+        (b[p + length] != '>' && b[p + length] != ' ' && b[p + length] != '\n'))
+        return false;
+    p += length;
+    in.column += p - in.pos;
+    in.pos = p;
+    return true;
 }
 
 void XmlScanner::scanEndTag() {
@@ -679,6 +858,9 @@ void XmlScanner::scanEndTag() {
         m_held = PEEK_NONE; // the name read before an implied end
         prefix = m_heldPrefix;
         local = m_heldLocal;
+    } else if (!html && closesInPlace()) {
+        prefix = m_open.back().prefix;
+        local = m_open.back().local;
     } else {
         if (isSpace(peekChar()))
             report(kErrorUnexpectedWhitespace, UnicodeString(u"</"), UnicodeString());

@@ -4,7 +4,9 @@
 
 #include <cstring>
 #include <gtest/gtest.h>
+#include <set>
 #include <sstream>
+#include <vector>
 #include <zkcommon/dom/document.h>
 #include <zkcommon/dom/element.h>
 #include <zkcommon/values/value.h>
@@ -435,4 +437,158 @@ TEST(XmlParser, EveryDecoderGivesTheSameEventsAcrossBlockEdges) {
         EXPECT_EQ(expected, got);
         EXPECT_EQ(document.countChar32() > 0, got.find("\r") == std::string::npos);
     }
+}
+
+namespace {
+
+/// A random name of `length` units: letters, digits, "_", "-" and "."; one in five carries
+/// an "é", which names may hold but the in-place reader leaves to the full test.
+std::string randomName(int length) {
+    static const char kChars[] =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-.";
+    std::string name(1, kChars[rand() % 52]);
+    while (int(name.size()) < length)
+        name += kChars[rand() % 65];
+    if (rand() % 5 == 0)
+        name.insert(size_t(rand()) % name.size() + 1, "\xC3\xA9");
+    return name;
+}
+
+} // namespace
+
+TEST(XmlParser, NamesComeBackWhateverTheirLengthAndHowTheInputIsCut) {
+    // Names of 1 to 40 units, many alike in their first and last four units, read both from
+    // one buffer and from a stream that splits them anywhere.
+    srand(11);
+    std::vector<std::string> names;
+    for (int i = 0; i < 300; ++i) {
+        std::string name = randomName(1 + rand() % 40);
+        names.push_back(name);
+        if (name.size() > 9 && rand() % 2) // the same ends, another middle
+            names.push_back(name.substr(0, 4) + randomName(int(name.size()) - 8) +
+                            name.substr(name.size() - 4));
+    }
+    std::string document = "<r xmlns:p='u'>";
+    for (size_t i = 0; i < names.size(); ++i) {
+        const std::string& name = names[i];
+        const std::string& other = names[(i * 7 + 3) % names.size()];
+        std::string value = i % 3 ? "v" : "";
+        document += "<" + name + " " + other + "='" + value + "' p:" + name + "='w'></" + name +
+                    ">\n<p:" + other + "/>";
+    }
+    document += "</r>";
+    for (bool trickle : {false, true}) {
+        SCOPED_TRACE(trickle);
+        TrickleBuf trickled(document);
+        std::istringstream whole(document);
+        std::istream trickledIn(&trickled);
+        ZkPtr<ZkXmlParser> parser = ZkXmlParser::createXmlParser();
+        parser->setInput(trickle ? trickledIn : static_cast<std::istream&>(whole), UnicodeString(),
+                         UnicodeString());
+        ASSERT_EQ(ZkXmlParser::START_TAG, parser->next());
+        for (size_t i = 0; i < names.size(); ++i) {
+            UnicodeString name = UnicodeString::fromUTF8(names[i]);
+            UnicodeString other = UnicodeString::fromUTF8(names[(i * 7 + 3) % names.size()]);
+            ASSERT_EQ(ZkXmlParser::START_TAG, parser->next()) << i;
+            ASSERT_EQ(name, parser->getName().toString()) << i;
+            ASSERT_EQ(2, parser->getAttributeCount());
+            EXPECT_EQ(other, parser->getAttributeName(0).toString()) << i;
+            EXPECT_EQ(name, parser->getAttributeName(1).toString()) << i;
+            EXPECT_EQ(ZkName(u"p"), parser->getAttributePrefix(1));
+            EXPECT_EQ(ZkName(u"u"), parser->getAttributeNamespace(1));
+            EXPECT_EQ(i % 3 ? "v" : "", utf8(parser->getAttributeValue(0)));
+            ASSERT_EQ(ZkXmlParser::END_TAG, parser->next()) << i;
+            ASSERT_EQ(name, parser->getName().toString()) << i;
+            ASSERT_EQ(ZkXmlParser::TEXT, parser->next()) << i;
+            EXPECT_EQ(int(i) + 2, parser->getLineNumber()) << i;
+            ASSERT_EQ(ZkXmlParser::START_TAG, parser->next()) << i;
+            ASSERT_EQ(other, parser->getName().toString()) << i;
+            EXPECT_EQ(ZkName(u"u"), parser->getNamespace());
+            ASSERT_EQ(ZkXmlParser::END_TAG, parser->next()) << i;
+        }
+    }
+}
+
+TEST(XmlParser, PrefixesFollowTheirBindingsThroughSiblings) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, "<p:a xmlns:p='u1'><p:b xmlns:p='u2'><p:c/></p:b>"
+                                         "<p:d/><e xmlns:p='u3'><p:f/></e><p:g/></p:a>");
+    const char* expected[] = {"a u1", "b u2", "c u2", "d u1", "e ", "f u3", "g u1"};
+    std::string got;
+    for (int event; (event = parser->next()) != ZkXmlParser::END_DOCUMENT;) {
+        if (event == ZkXmlParser::START_TAG)
+            got += utf8(parser->getName().toString()) + " " +
+                   utf8(parser->getNamespace().toString()) + ",";
+    }
+    std::string want;
+    for (const char* item : expected)
+        want += std::string(item) + ",";
+    EXPECT_EQ(want, got);
+}
+
+TEST(XmlParser, TheFirstDuplicateAttributeIsTheOneReported) {
+    // Random attribute lists over few names, under two prefixes of one namespace and none:
+    // the report names the first attribute whose (name, namespace) came before.
+    srand(5);
+    const char* locals[] = {"a", "b", "font-size", "c", "d", "e", "color", "f"};
+    for (int round = 0; round < 400; ++round) {
+        int count = 1 + rand() % 30;
+        std::string tag = "<x xmlns:p='u' xmlns:q='u'";
+        std::set<std::string> seen;
+        std::string first;
+        for (int i = 0; i < count; ++i) {
+            int prefix = rand() % 3;
+            std::string local = locals[rand() % (round % 2 ? 8 : 4)];
+            std::string qname = (prefix == 0 ? "" : prefix == 1 ? "p:" : "q:") + local;
+            tag += " " + qname + "='" + std::to_string(i) + "'";
+            if (!seen.insert((prefix ? "u " : " ") + local).second && first.empty())
+                first = qname;
+        }
+        std::istringstream in;
+        ZkPtr<ZkXmlParser> parser = open(in, tag + "/>");
+        std::string got = outcome(*parser);
+        if (first.empty())
+            EXPECT_EQ("START_TAG:x END_TAG:x", got) << tag;
+        else
+            EXPECT_EQ(0u, got.find("error 136: Duplicate attribute: " + first + "\n")) << tag;
+    }
+}
+
+TEST(XmlParser, PositionsAfterWhiteSpaceInTags) {
+    // Reports made after line feeds, tabs and carriage returns inside tags point where the
+    // reader stands.
+    // clang-format off
+    const char* cases[][2] = {
+        {"<a\n\tb='1'\n  c='2'\n  b='3'/>", "error 136: Duplicate attribute: b\nSTART_TAG, Line 4, Col 9."},
+        {"<a\r\n b='1'\t\tb='2'/>", "error 136: Duplicate attribute: b\nSTART_TAG, Line 2, Col 15."},
+        {"<r><a\n\n   x='1'   \n></a\n>\n<b \n y='2' y='3'/></r>", "error 136: Duplicate attribute: y\nSTART_TAG, Line 7, Col 14."},
+        {"<a b='1'\n\n c='2'\n d", "error 138: "},
+    };
+    // clang-format on
+    for (const auto& row : cases) {
+        std::istringstream in;
+        ZkPtr<ZkXmlParser> parser = open(in, row[0]);
+        std::string got = outcome(*parser);
+        EXPECT_EQ(0u, got.find(row[1])) << row[0] << "\n" << got;
+    }
+}
+
+TEST(XmlParser, OneCharacterReferencesMergeIntoText) {
+    // clang-format off
+    const char* cases[][2] = {
+        {"<r>a&amp;b&lt;c&gt;d&apos;e&quot;f</r>", "START_TAG:r TEXT:a&b<c>d'e\"f END_TAG:r"},
+        {"<r><s>&amp;&amp;</s>&#38;&lt;</r>", "START_TAG:r START_TAG:s TEXT:&& END_TAG:s TEXT:&< END_TAG:r"},
+        {"<!DOCTYPE r [<!ENTITY e 'x'><!ENTITY f ']'><!ENTITY g '&amp;'>]><r>&e;&f;&g;</r>", "START_TAG:r TEXT:x]& END_TAG:r"},
+        {"<!DOCTYPE r [<!ENTITY f ']'>]><r>]&f;></r>", "START_TAG:r TEXT:]]> END_TAG:r"},
+        {"<r/>&gt;", "error 142: "},
+    };
+    // clang-format on
+    for (const auto& row : cases) {
+        std::istringstream in;
+        ZkPtr<ZkXmlParser> parser = open(in, row[0]);
+        std::string got = outcome(*parser);
+        EXPECT_EQ(0u, got.find(row[1])) << row[0] << "\n" << got;
+    }
+    EXPECT_EQ("START_TAG:r TEXT:a ENTITY_REF:&#38; ENTITY_REF:> END_TAG:r",
+              events("<r>a&amp;&gt;</r>", /*tokens=*/true));
 }
