@@ -62,6 +62,13 @@ std::string outcome(ZkXmlParser& parser) {
     }
 }
 
+/// The outcome of parsing `input` whole.
+std::string outcomeOf(const std::string& input) {
+    std::istringstream in;
+    ZkPtr<ZkXmlParser> parser = open(in, input);
+    return outcome(*parser);
+}
+
 } // namespace
 
 TEST(XmlParser, NextMergesWhatNextTokenSplits) {
@@ -544,9 +551,7 @@ TEST(XmlParser, TheFirstDuplicateAttributeIsTheOneReported) {
             if (!seen.insert((prefix ? "u " : " ") + local).second && first.empty())
                 first = qname;
         }
-        std::istringstream in;
-        ZkPtr<ZkXmlParser> parser = open(in, tag + "/>");
-        std::string got = outcome(*parser);
+        const std::string got = outcomeOf(tag + "/>");
         if (first.empty())
             EXPECT_EQ("START_TAG:x END_TAG:x", got) << tag;
         else
@@ -566,9 +571,7 @@ TEST(XmlParser, PositionsAfterWhiteSpaceInTags) {
     };
     // clang-format on
     for (const auto& row : cases) {
-        std::istringstream in;
-        ZkPtr<ZkXmlParser> parser = open(in, row[0]);
-        std::string got = outcome(*parser);
+        const std::string got = outcomeOf(row[0]);
         EXPECT_EQ(0u, got.find(row[1])) << row[0] << "\n" << got;
     }
 }
@@ -584,9 +587,7 @@ TEST(XmlParser, OneCharacterReferencesMergeIntoText) {
     };
     // clang-format on
     for (const auto& row : cases) {
-        std::istringstream in;
-        ZkPtr<ZkXmlParser> parser = open(in, row[0]);
-        std::string got = outcome(*parser);
+        const std::string got = outcomeOf(row[0]);
         EXPECT_EQ(0u, got.find(row[1])) << row[0] << "\n" << got;
     }
     EXPECT_EQ("START_TAG:r TEXT:a ENTITY_REF:&#38; ENTITY_REF:> END_TAG:r",
