@@ -46,7 +46,6 @@ ZkGzipIStreamBuf::ZkGzipIStreamBuf(std::istream& source)
 }
 
 ZkGzipIStreamBuf::ZkGzipIStreamBuf(const UnicodeString& path) {
-    setg(m_buffer + kPutback, m_buffer + kPutback, m_buffer + kPutback);
     // A FIFO or a device would block or never end: only regular files are read.
     if (!detail::platform::isRegularFile(path))
         return;
@@ -73,10 +72,9 @@ ZkGzipIStreamBuf::~ZkGzipIStreamBuf() {
 // Reads the member header from the source's start and chooses between inflating and passing
 // the bytes through.
 void ZkGzipIStreamBuf::start() {
-    setg(m_buffer + kPutback, m_buffer + kPutback, m_buffer + kPutback);
-    m_header = m_sourceEnded = m_ended = m_dataError = false;
+    startOver();
+    m_header = m_sourceEnded = false;
     m_crc = m_memberLength = 0;
-    m_outputEnd = 0;
     z_stream& zs = m_zlib->stream;
     zs.next_in = reinterpret_cast<Bytef*>(m_input);
     zs.avail_in = 0;
@@ -279,65 +277,11 @@ long ZkGzipIStreamBuf::produce(char* target, long capacity) {
     return 0;
 }
 
-void ZkGzipIStreamBuf::fail() {
-    m_dataError = true;
-    m_ended = true;
+bool ZkGzipIStreamBuf::canSeek() const {
+    return m_mode != Mode::kClosed || !m_path.empty();
 }
 
-// The owning stream learns of damage only when the bytes decoded before it have all been
-// delivered, so that nothing good is withheld.
-ZkGzipIStreamBuf::int_type ZkGzipIStreamBuf::endOfData() {
-    if (m_dataError && m_owner)
-        m_owner->setstate(std::ios_base::badbit);
-    return traits_type::eof();
-}
-
-ZkGzipIStreamBuf::int_type ZkGzipIStreamBuf::underflow() {
-    if (gptr() < egptr())
-        return traits_type::to_int_type(*gptr());
-    // Keep the last bytes read as a putback area in front of the new ones.
-    const long keep = std::min<long>(gptr() - eback(), kPutback);
-    std::memmove(m_buffer + kPutback - keep, gptr() - keep, static_cast<size_t>(keep));
-    const long made = produce(m_buffer + kPutback, kCapacity);
-    setg(m_buffer + kPutback - keep, m_buffer + kPutback, m_buffer + kPutback + made);
-    m_outputEnd += static_cast<unsigned long long>(made);
-    return made > 0 ? traits_type::to_int_type(*gptr()) : endOfData();
-}
-
-// Large reads decompress straight into the caller's memory; the putback area is then taken
-// from the tail of what was delivered.
-std::streamsize ZkGzipIStreamBuf::xsgetn(char* data, std::streamsize count) {
-    std::streamsize done = 0;
-    while (done < count) {
-        if (gptr() < egptr()) {
-            std::streamsize step = std::min<std::streamsize>(egptr() - gptr(), count - done);
-            std::memcpy(data + done, gptr(), static_cast<size_t>(step));
-            gbump(static_cast<int>(step));
-            done += step;
-            continue;
-        }
-        if (count - done < kCapacity) {
-            if (traits_type::eq_int_type(underflow(), traits_type::eof()))
-                break;
-            continue;
-        }
-        const long made = produce(
-            data + done, static_cast<long>(std::min<std::streamsize>(count - done, kMaxPiece)));
-        if (made <= 0) {
-            endOfData();
-            break;
-        }
-        const long keep = std::min<long>(made, kPutback);
-        std::memcpy(m_buffer + kPutback - keep, data + done + made - keep,
-                    static_cast<size_t>(keep));
-        setg(m_buffer + kPutback - keep, m_buffer + kPutback, m_buffer + kPutback);
-        m_outputEnd += static_cast<unsigned long long>(made);
-        done += made;
-    }
-    return done;
-}
-
-bool ZkGzipIStreamBuf::restart() {
+bool ZkGzipIStreamBuf::rewind() {
     if (m_mode == Mode::kFile || (m_mode == Mode::kClosed && !m_path.empty())) {
         if (m_file) {
             if (::gzrewind(static_cast<gzFile>(m_file)) != 0)
@@ -349,9 +293,7 @@ bool ZkGzipIStreamBuf::restart() {
             ::gzbuffer(static_cast<gzFile>(m_file), kFileBuffer);
         }
         m_mode = Mode::kFile;
-        m_ended = m_dataError = false;
-        m_outputEnd = 0;
-        setg(m_buffer + kPutback, m_buffer + kPutback, m_buffer + kPutback);
+        startOver();
         return true;
     }
     if (!m_source)
@@ -364,39 +306,6 @@ bool ZkGzipIStreamBuf::restart() {
     }
     start();
     return true;
-}
-
-ZkGzipIStreamBuf::pos_type ZkGzipIStreamBuf::seekoff(off_type offset, std::ios_base::seekdir way,
-                                                     std::ios_base::openmode which) {
-    const off_type here = static_cast<off_type>(m_outputEnd) - (egptr() - gptr());
-    if (way == std::ios_base::cur)
-        return seekpos(pos_type(here + offset), which);
-    if (way == std::ios_base::beg)
-        return seekpos(pos_type(offset), which);
-    return pos_type(off_type(-1));
-}
-
-ZkGzipIStreamBuf::pos_type ZkGzipIStreamBuf::seekpos(pos_type position,
-                                                     std::ios_base::openmode which) {
-    const off_type target = off_type(position);
-    if (!(which & std::ios_base::in) || target < 0 || (m_mode == Mode::kClosed && m_path.empty()))
-        return pos_type(off_type(-1));
-    const off_type end = static_cast<off_type>(m_outputEnd);
-    const off_type begin = end - (egptr() - eback());
-    if (target >= begin && target <= end) {
-        setg(eback(), egptr() - (end - target), egptr());
-        return position;
-    }
-    if (target < begin && !restart())
-        return pos_type(off_type(-1));
-    for (;;) {
-        const off_type here = static_cast<off_type>(m_outputEnd) - (egptr() - gptr());
-        if (here == target)
-            return position;
-        if (gptr() == egptr() && traits_type::eq_int_type(underflow(), traits_type::eof()))
-            return pos_type(off_type(-1));
-        gbump(static_cast<int>(std::min<off_type>(egptr() - gptr(), target - here)));
-    }
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -17,14 +17,67 @@ namespace ZkCommonNS {
 
 namespace detail {
 struct ZlibStream;
-}
+
+/// The reading half that the decompressing stream buffers share. What `produce` makes lands in
+/// a buffer behind a putback area; large reads go straight into the caller's memory; seeking
+/// goes forward by decompressing and back by starting again. Damage ends the data early, and
+/// the owning stream gets its bad bit once the good bytes before it have been delivered.
+class ZKCOMMON_API InflatingStreamBuf : public std::streambuf {
+public:
+    InflatingStreamBuf(const InflatingStreamBuf&) = delete;
+    InflatingStreamBuf& operator=(const InflatingStreamBuf&) = delete;
+
+    /// Whether the data ended on damage rather than at its proper end.
+    bool isDataError() const noexcept { return m_dataError; }
+
+protected:
+    InflatingStreamBuf();
+    ~InflatingStreamBuf() override;
+
+    int_type underflow() override;
+    std::streamsize xsgetn(char* data, std::streamsize count) override;
+    /// Telling works everywhere. Seeking forward decompresses up to the place; seeking back
+    /// starts again from the beginning of the data. A place beyond the end fails.
+    pos_type seekoff(off_type offset, std::ios_base::seekdir way,
+                     std::ios_base::openmode which) override;
+    pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
+
+    /// Up to `capacity` more bytes of the data at `target`; 0 at its end.
+    virtual long produce(char* target, long capacity) = 0;
+    /// Whether there is data to seek in at all.
+    virtual bool canSeek() const = 0;
+    /// Goes back to the start of the data; false when that can't be done.
+    virtual bool rewind() = 0;
+
+    /// Empties the buffer at data position 0 and clears the end and damage marks.
+    void startOver();
+    /// Marks damage, which ends the data.
+    void fail() noexcept {
+        m_dataError = true;
+        m_ended = true;
+    }
+
+    bool m_ended = false;
+    bool m_dataError = false;
+    std::ios* m_owner = nullptr; ///< gets the bad bit on damaged data
+
+private:
+    static constexpr int kPutback = 16;
+    static constexpr int kCapacity = 4096;
+
+    int_type endOfData();
+
+    char m_buffer[kPutback + kCapacity];
+    unsigned long long m_outputEnd = 0; ///< the data position of egptr()
+};
+} // namespace detail
 
 /// Decompresses gzip data from a stream or a file. Data without a gzip header passes through
 /// unchanged, so the class can be used blindly on files that may or may not be compressed.
 /// Damaged data (corrupt deflate blocks, a truncated member, a CRC-32 or length that does not
 /// match) ends the data early: the buffer reports end of file, isDataError() turns true and the
 /// owning ZkGzipIStream gets its bad bit. Nothing is thrown.
-class ZKCOMMON_API ZkGzipIStreamBuf : public std::streambuf {
+class ZKCOMMON_API ZkGzipIStreamBuf : public detail::InflatingStreamBuf {
 public:
     /// Reads `source` from its start (a source that cannot seek is read from where it stands).
     /// The source must outlive the buffer.
@@ -39,23 +92,15 @@ public:
     bool is_open() const noexcept { return m_mode != Mode::kClosed; }
     /// Whether a gzip header was found (for the path form: whether zlib decompresses).
     bool isCompressed() const noexcept { return m_header; }
-    /// Whether the data ended on damage rather than at its proper end.
-    bool isDataError() const noexcept { return m_dataError; }
 
 protected:
-    int_type underflow() override;
-    std::streamsize xsgetn(char* data, std::streamsize count) override;
-    /// Telling works everywhere. Seeking forward decompresses up to the place; seeking back
-    /// starts again from the beginning of the data. A place beyond the end fails.
-    pos_type seekoff(off_type offset, std::ios_base::seekdir way,
-                     std::ios_base::openmode which) override;
-    pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
+    long produce(char* target, long capacity) override;
+    bool canSeek() const override;
+    bool rewind() override;
 
 private:
     friend class ZkGzipIStream;
     enum class Mode { kClosed, kFile, kInflate, kPlain };
-    static constexpr int kPutback = 16;
-    static constexpr int kCapacity = 4096;
     static constexpr int kInputCapacity = 4096;
 
     void start();
@@ -65,14 +110,9 @@ private:
     bool skipBytes(unsigned long length);
     bool skipString();
     bool finishMember();
-    long produce(char* target, long capacity);
     long produceInflate(char* target, long capacity);
-    void fail();
-    int_type endOfData();
-    bool restart();
 
     Mode m_mode = Mode::kClosed;
-    char m_buffer[kPutback + kCapacity];
     void* m_file = nullptr; ///< the gzFile of the path form
     std::string m_path;     ///< the native path, for starting again after the file was closed
     std::istream* m_source = nullptr;
@@ -81,12 +121,8 @@ private:
     bool m_header = false;
     bool m_inflateReady = false;
     bool m_sourceEnded = false;
-    bool m_ended = false;
-    bool m_dataError = false;
-    uint32_t m_crc = 0;                 ///< CRC-32 of the current member's output
-    uint32_t m_memberLength = 0;        ///< its length modulo 2^32
-    unsigned long long m_outputEnd = 0; ///< the data position of egptr()
-    std::ios* m_owner = nullptr;        ///< gets the bad bit on damaged data
+    uint32_t m_crc = 0;          ///< CRC-32 of the current member's output
+    uint32_t m_memberLength = 0; ///< its length modulo 2^32
 };
 
 /// The std::istream over a ZkGzipIStreamBuf.
@@ -165,7 +201,7 @@ private:
 /// Decompresses raw deflate data (no zlib or gzip wrapper) held in memory. Damaged or
 /// truncated data ends the stream early: isDataError() turns true and the owning
 /// ZkInflaterStream gets its bad bit.
-class ZKCOMMON_API ZkInflaterStreamBuf : public std::streambuf {
+class ZKCOMMON_API ZkInflaterStreamBuf : public detail::InflatingStreamBuf {
 public:
     /// With `copy` the block is copied and the buffer owns the copy; otherwise the block must
     /// outlive the buffer. A null `data` reads as empty data. A copy that cannot be allocated
@@ -177,35 +213,20 @@ public:
 
     /// Rewinds to the start of the data and resets the decompressor.
     void reset();
-    bool isDataError() const noexcept { return m_dataError; }
 
 protected:
-    int_type underflow() override;
-    std::streamsize xsgetn(char* data, std::streamsize count) override;
-    /// As for ZkGzipIStreamBuf: forward by decompressing, back by starting again.
-    pos_type seekoff(off_type offset, std::ios_base::seekdir way,
-                     std::ios_base::openmode which) override;
-    pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
+    long produce(char* target, long capacity) override;
+    bool canSeek() const override;
+    bool rewind() override;
 
 private:
     friend class ZkInflaterStream;
-    static constexpr int kPutback = 16;
-    static constexpr int kCapacity = 4096;
 
-    long produce(char* target, long capacity);
-    void fail();
-    int_type endOfData();
-
-    char m_buffer[kPutback + kCapacity];
     std::unique_ptr<detail::ZlibStream> m_zlib;
     std::unique_ptr<char[]> m_copy;
     const char* m_data;
     unsigned long long m_size;
     unsigned long long m_fed = 0; ///< input bytes handed to zlib so far
-    unsigned long long m_outputEnd = 0;
-    bool m_ended = false;
-    bool m_dataError = false;
-    std::ios* m_owner = nullptr;
 };
 
 /// The std::istream over a ZkInflaterStreamBuf.
