@@ -74,8 +74,12 @@ void AttrNodeMap::reserve(int count) {
     if (count <= 0)
         return;
     const std::size_t total = std::size_t(m_size) + std::size_t(count);
-    if (total > kRingLimit)
+    if (m_hashed) {
+        m_hashed->byNamespace.reserve(total);
+        m_hashed->byName.reserve(total);
+    } else if (total > kRingLimit) {
         hash(total);
+    }
 }
 
 void AttrNodeMap::clear() {
