@@ -7,6 +7,7 @@
 // in a fresh process.
 #include "benchdocs.h"
 #include "ratio.h"
+#include "treecount.h"
 
 #include <benchmark/benchmark.h>
 #include <chrono>
@@ -25,8 +26,6 @@
 #include <utility>
 #include <vector>
 #include <zkcommon/dom/document.h>
-#include <zkcommon/dom/iterator.h>
-#include <zkcommon/dom/namednodemap.h>
 #ifdef ZK_HAVE_PUGIXML
 #include <pugixml.hpp>
 #endif
@@ -95,41 +94,8 @@ ZkPtr<ZkDocument> loadOurs(const std::string& bytes) {
     return doc;
 }
 
-int64_t countOurs(ZkDocument* doc) {
-    int64_t count = 0;
-    ZkTreeIterator walk(doc, nullptr, false, ZkTreeIterator::PRE_ORDER);
-    while (ZkNode* node = walk.nextNode()) {
-        if (node == doc)
-            continue;
-        ++count;
-        if (ZkNamedNodeMap* attributes = node->getAttributes())
-            count += attributes->getCount();
-    }
-    return count;
-}
-
 xmlDocPtr loadLibxml2(const std::string& bytes) {
     return xmlReadMemory(bytes.data(), int(bytes.size()), "doc.xml", nullptr, 0);
-}
-
-int64_t countLibxml2(xmlNodePtr node) {
-    int64_t count = 0;
-    // A loop over the tree: the documents are shallow, but the walk needn't trust that.
-    while (node) {
-        ++count;
-        if (node->type == XML_ELEMENT_NODE)
-            for (xmlAttrPtr attr = node->properties; attr; attr = attr->next)
-                ++count;
-        if (node->children) {
-            node = node->children;
-            continue;
-        }
-        while (node && !node->next)
-            node = node->parent;
-        if (node)
-            node = node->next;
-    }
-    return count;
 }
 
 Measured measureOurs(const std::string& bytes) {
